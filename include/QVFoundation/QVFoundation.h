@@ -1,0 +1,12 @@
+/*
+ * The whole of QVFoundation. QVObject.h states the rules of the interface.
+ */
+#ifndef QVFOUNDATION_QVFOUNDATION_H
+#define QVFOUNDATION_QVFOUNDATION_H
+
+#include <QVFoundation/QVAdditions.h>
+#include <QVFoundation/QVLibrary.h>
+#include <QVFoundation/QVObject.h>
+#include <QVFoundation/QVTemporaryObjectsPool.h>
+
+#endif
