@@ -1,0 +1,80 @@
+#include "text/QVCScanner.h"
+
+#include <QVFoundation/QVString.h>
+#include <QVFoundation/QVTemporaryObjectsPool.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+
+#include "base/hex_text.h"
+
+namespace {
+
+/// The set that a C text stands for: null is empty.
+std::wstring_view SetOf(const wchar_t* characters) {
+    return characters ? std::wstring_view(characters) : std::wstring_view();
+}
+
+}  // namespace
+
+void QVCScanner::SetString(void* string) {
+    string_ = qv::Owned::Retaining(string);
+    marker_ = 0;
+}
+
+int QVCScanner::SetMarker(int mode, int offset) {
+    const auto length = static_cast<std::int64_t>(GetLength());
+    std::int64_t place = marker_;
+    if (mode == QVScannerFromStart) place = offset;
+    if (mode == QVScannerFromEnd) place = length - offset;
+    if (mode == QVScannerFromMarker) place += offset;
+    constexpr std::int64_t kMost = std::numeric_limits<int>::max();
+    marker_ = static_cast<int>(std::clamp<std::int64_t>(place, 0, std::min(length, kMost)));
+    return static_cast<int>(length);
+}
+
+unsigned long QVCScanner::GetLength() const {
+    return QVStringGetLength(string_.Get());
+}
+
+bool QVCScanner::ScanUpToCharacters(const wchar_t* characters, void** out) {
+    if (out) *out = nullptr;
+    const std::wstring_view remaining = Remaining();
+    if (remaining.empty()) return false;
+    // The delimiter belongs to the piece.
+    const size_t length = std::min(remaining.find_first_of(SetOf(characters)), remaining.size() - 1) + 1;
+    if (out && !(*out = QVTEMPOBJ(CreatePiece(length)))) return false;
+    marker_ += static_cast<int>(length);
+    return true;
+}
+
+bool QVCScanner::ScanUpToNotCharacters(const wchar_t* characters, void** out) {
+    if (out) *out = nullptr;
+    const std::wstring_view remaining = Remaining();
+    const size_t length = std::min(remaining.find_first_not_of(SetOf(characters)), remaining.size());
+    if (length == 0) return false;
+    if (out && !(*out = CreatePiece(length))) return false;
+    marker_ += static_cast<int>(length);
+    return true;
+}
+
+bool QVCScanner::ScanHexUInt(unsigned int* out) {
+    const std::wstring_view remaining = Remaining();
+    const size_t length = qv::CountHexDigits(remaining);
+    if (out) *out = qv::ParseHex(remaining);
+    marker_ += static_cast<int>(length);
+    return length > 0;
+}
+
+/// The characters from the marker on, as far as the marker reaches.
+std::wstring_view QVCScanner::Remaining() const {
+    constexpr unsigned long kMost = std::numeric_limits<int>::max();
+    const unsigned long length = std::min(GetLength(), kMost);
+    const unsigned long start = std::min<unsigned long>(static_cast<unsigned long>(marker_), length);
+    return {QVStringGetBuffer(string_.Get()) + start, length - start};
+}
+
+void* QVCScanner::CreatePiece(size_t length) const {
+    return QVStringCreateSubString(string_.Get(), QVRange{marker_, static_cast<int>(length)});
+}
