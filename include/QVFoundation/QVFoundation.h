@@ -5,8 +5,11 @@
 #define QVFOUNDATION_QVFOUNDATION_H
 
 #include <QVFoundation/QVAdditions.h>
+#include <QVFoundation/QVHashValue.h>
 #include <QVFoundation/QVLibrary.h>
 #include <QVFoundation/QVObject.h>
+#include <QVFoundation/QVScanner.h>
+#include <QVFoundation/QVString.h>
 #include <QVFoundation/QVTemporaryObjectsPool.h>
 
 #endif

@@ -7,8 +7,8 @@
 #include <stdint.h>
 
 /**
- * Four words that lie in memory as the 16 bytes of the hash do on a little-endian machine: A's lowest byte comes first.
- * Passed by value.
+ * Four words that lie in memory as the 16 bytes of the hash do on a little-endian machine: A's lowest byte
+ * comes first. Passed by value.
  */
 typedef struct QVHashValue128 {
     uint32_t A;

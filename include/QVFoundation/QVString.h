@@ -8,19 +8,22 @@
  *     QVRelease(name);
  *     QVRelease(path);
  *
- * A string may hold any code point, also 0. The characters are always followed by a terminating 0 in memory. Comparing
- * stops at the first 0 of either text; appending and finding use the other string up to its first 0.
+ * A string may hold any code point, also 0. The characters are always followed by a terminating 0 in memory.
+ * Comparing stops at the first 0 of either text; appending and finding use the other string up to its first
+ * 0.
  *
- * Places and lengths count characters. A string holds fewer than 2^32 of them: what would make it longer fails as running
- * out of memory does. In-place operations that run out of memory leave the string as it was and report nothing.
+ * Places and lengths count characters. A string holds fewer than 2^32 of them: what would make it longer
+ * fails as running out of memory does. In-place operations that run out of memory leave the string as it was
+ * and report nothing.
  *
- * Functions that create a string answer null when memory runs out and log "Couldn't allocate the instance of QVString."
- * (from a C string) or "Couldn't allocate the instance of the QVString." (all others); a copy or a sub-string whose text
- * finds no room logs "Couldn't allocate the buffer for the string.". Functions whose names begin with QVStringBy, and
- * QVStringUpperCaseString, QVStringLowerCaseString and QVStringLastPathComponent, give temporary strings.
+ * Functions that create a string answer null when memory runs out and log "Couldn't allocate the instance of
+ * QVString." (from a C string) or "Couldn't allocate the instance of the QVString." (all others); a copy or a
+ * sub-string whose text finds no room logs "Couldn't allocate the buffer for the string.". Functions whose
+ * names begin with QVStringBy, and QVStringUpperCaseString, QVStringLowerCaseString and
+ * QVStringLastPathComponent, give temporary strings.
  *
- * Beside the general rules on null: a null string to be appended, joined or put in place of another changes nothing,
- * and a null string is not found.
+ * Beside the general rules on null: a null string to be appended, joined or put in place of another changes
+ * nothing, and a null string is not found.
  */
 #ifndef QVFOUNDATION_QVSTRING_H
 #define QVFOUNDATION_QVSTRING_H
@@ -52,25 +55,27 @@ enum {
 /** An empty string. */
 QV_EXPORT void* QVStringCreate(void) QV_NOTHROW;
 
-/** A string from the bytes up to the first 0, read as UTF-8. Bytes that are not valid UTF-8 give an empty string. */
+/** A string from the bytes up to the first 0, read as UTF-8. Bytes that are not valid UTF-8 give an empty
+ * string. */
 QV_EXPORT void* QVStringCreateWithCString(const char* text) QV_NOTHROW;
 
 /**
- * A string from `length` bytes, read as UTF-8; 0 bytes become characters 0. Bytes that are not valid UTF-8 give an empty
- * string, and so does a null pointer. 2^32 bytes and more count as too long.
+ * A string from `length` bytes, read as UTF-8; 0 bytes become characters 0. Bytes that are not valid UTF-8
+ * give an empty string, and so does a null pointer. 2^32 bytes and more count as too long.
  */
 QV_EXPORT void* QVStringCreateWithCStringAndLength(const char* text, unsigned long length) QV_NOTHROW;
 
 /** A string from the characters up to the first 0. */
 QV_EXPORT void* QVStringCreateWithWideString(const wchar_t* text) QV_NOTHROW;
 
-/** A string from `length` characters, which may hold 0s. A null pointer gives an empty string, whatever the length. */
+/** A string from `length` characters, which may hold 0s. A null pointer gives an empty string, whatever the
+ * length. */
 QV_EXPORT void* QVStringCreateWithWideStringAndLength(const wchar_t* text, unsigned long length) QV_NOTHROW;
 
 /**
- * A string from a format of swprintf and its arguments: "%ls" for `const wchar_t*`, "%C" for a character. The result ends
- * at its first 0. When an argument cannot be converted, the text in front of it is the result. Results beyond 2^26
- * characters are cut. Null, without a log line, when the buffer cannot be allocated.
+ * A string from a format of swprintf and its arguments: "%ls" for `const wchar_t*`, "%C" for a character. The
+ * result ends at its first 0. When an argument cannot be converted, the text in front of it is the result.
+ * Results beyond 2^26 characters are cut. Null, without a log line, when the buffer cannot be allocated.
  */
 QV_EXPORT void* QVStringCreateWithFormat(void* format, ...) QV_NOTHROW;
 
@@ -81,8 +86,8 @@ QV_EXPORT void* QVStringCreateWithHashValue128(QVHashValue128 value) QV_NOTHROW;
 QV_EXPORT void* QVStringCreateCopy(void* string) QV_NOTHROW;
 
 /**
- * A new string with the characters of the range, which is never an error: it is clipped to the string, and a negative
- * location or a length that is not positive gives an empty string.
+ * A new string with the characters of the range, which is never an error: it is clipped to the string, and a
+ * negative location or a length that is not positive gives an empty string.
  */
 QV_EXPORT void* QVStringCreateSubString(void* string, QVRange range) QV_NOTHROW;
 
@@ -95,7 +100,8 @@ QV_EXPORT unsigned long QVStringGetLength(void* string) QV_NOTHROW;
 /** The character at the index; 0 at the length and beyond. */
 QV_EXPORT wchar_t QVStringGetCharacterAtIndex(void* string, unsigned long index) QV_NOTHROW;
 
-/** Orders two strings as wcscmp does: only the sign counts. Null stands below every string and equals null. */
+/** Orders two strings as wcscmp does: only the sign counts. Null stands below every string and equals null.
+ */
 QV_EXPORT int QVStringCompare(void* string1, void* string2) QV_NOTHROW;
 
 /** The same for the upper-case forms of both. */
@@ -108,19 +114,21 @@ QV_EXPORT void* QVStringUpperCaseString(void* string) QV_NOTHROW;
 QV_EXPORT void* QVStringLowerCaseString(void* string) QV_NOTHROW;
 
 /**
- * The name after the last "/", as a temporary string; one "/" at the very end does not count. "a/b/" gives "b", "/" and
+ * The name after the last "/", as a temporary string; one "/" at the very end does not count. "a/b/" gives
+ * "b", "/" and
  * "" give "", "abc" gives "abc".
  */
 QV_EXPORT void* QVStringLastPathComponent(void* string) QV_NOTHROW;
 
 /**
- * Everything up to and including the last "/", as a temporary string: "/a/b" gives "/a/", "a/b/" stays, "name" gives "".
+ * Everything up to and including the last "/", as a temporary string: "/a/b" gives "/a/", "a/b/" stays,
+ * "name" gives "".
  */
 QV_EXPORT void* QVStringByDeletingLastPathComponent(void* string) QV_NOTHROW;
 
 /**
- * Both joined as a temporary string, with a "/" in between unless one of them is empty, the string ends with one or the
- * component begins with one. "a/" and "/b" give "a//b".
+ * Both joined as a temporary string, with a "/" in between unless one of them is empty, the string ends with
+ * one or the component begins with one. "a/" and "/b" give "a//b".
  */
 QV_EXPORT void* QVStringByAppendingPathComponent(void* string, void* component) QV_NOTHROW;
 
@@ -128,13 +136,15 @@ QV_EXPORT void* QVStringByAppendingPathComponent(void* string, void* component) 
 QV_EXPORT void* QVStringByAppendingPathExtension(void* string, void* extension) QV_NOTHROW;
 
 /**
- * A temporary string in which the first "~", wherever it stands, is the user's home directory: HOME where that is an
- * absolute path, else the password database's. What stands before and behind it goes up to its first 0. A string without
+ * A temporary string in which the first "~", wherever it stands, is the user's home directory: HOME where
+ * that is an absolute path, else the password database's. What stands before and behind it goes up to its
+ * first 0. A string without
  * "~", or a user without a home, gives a copy.
  */
 QV_EXPORT void* QVStringByExpandingTildeInPath(void* string) QV_NOTHROW;
 
-/** The hexadecimal number that the string begins with, modulo 2^32; 0 without one. There is no prefix: "0x1F" is 0. */
+/** The hexadecimal number that the string begins with, modulo 2^32; 0 without one. There is no prefix: "0x1F"
+ * is 0. */
 QV_EXPORT unsigned long QVStringHexUIntValue(void* string) QV_NOTHROW;
 
 /** Appends the other string, up to its first 0. A string may be appended to itself. */
@@ -153,15 +163,15 @@ QV_EXPORT void QVStringTrim(void* string) QV_NOTHROW;
 QV_EXPORT void QVStringErase(void* string, unsigned long location, unsigned long length) QV_NOTHROW;
 
 /**
- * Puts the whole replacement in place of up to `length` characters from `location` on. A location beyond the end changes
- * nothing. A string may replace a part of itself.
+ * Puts the whole replacement in place of up to `length` characters from `location` on. A location beyond the
+ * end changes nothing. A string may replace a part of itself.
  */
 QV_EXPORT void QVStringReplaceString(void* string, void* replacement, unsigned long location,
                                      unsigned long length) QV_NOTHROW;
 
 /**
- * The index of the first occurrence at or after `start`, or QVStringNotFound. Nothing is found from a start beyond the
- * end; an empty string is found at the start.
+ * The index of the first occurrence at or after `start`, or QVStringNotFound. Nothing is found from a start
+ * beyond the end; an empty string is found at the start.
  */
 QV_EXPORT unsigned long QVStringFindString(void* string, void* searched, unsigned long start) QV_NOTHROW;
 
@@ -169,8 +179,8 @@ QV_EXPORT unsigned long QVStringFindString(void* string, void* searched, unsigne
 QV_EXPORT QVLineBreakType QVStringGetLineBreakType(void* string) QV_NOTHROW;
 
 /**
- * Replaces every `from` break, literally and from left to right, by a `to` break: CR to LF turns each CR LF into LF LF.
- * Types other than the four breaks change nothing.
+ * Replaces every `from` break, literally and from left to right, by a `to` break: CR to LF turns each CR LF
+ * into LF LF. Types other than the four breaks change nothing.
  */
 QV_EXPORT void QVStringConvertLineBreak(void* string, QVLineBreakType from, QVLineBreakType to) QV_NOTHROW;
 

@@ -18,11 +18,13 @@ constexpr int HexDigitValue(wchar_t character) noexcept {
 /// How many digits the text begins with.
 constexpr size_t CountHexDigits(std::wstring_view text) noexcept {
     size_t count = 0;
-    while (count < text.size() && HexDigitValue(text[count]) >= 0) ++count;
+    while (count < text.size() && HexDigitValue(text[count]) >= 0)
+        ++count;
     return count;
 }
 
-/// The value of the digits that the text begins with, modulo 2^32; 0 without any. There are no prefixes: "0x1F" is 0.
+/// The value of the digits that the text begins with, modulo 2^32; 0 without any. There are no prefixes:
+/// "0x1F" is 0.
 constexpr uint32_t ParseHex(std::wstring_view text) noexcept {
     uint32_t value = 0;
     for (const wchar_t digit : text.substr(0, CountHexDigits(text))) {

@@ -28,11 +28,16 @@ QVLineBreakType FirstLineBreak(std::wstring_view text) noexcept {
 
 std::wstring_view LineBreakText(QVLineBreakType type) noexcept {
     switch (type) {
-        case QVLineBreakLF: return L"\n";
-        case QVLineBreakCR: return L"\r";
-        case QVLineBreakCRLF: return L"\r\n";
-        case QVLineBreakLineSeparator: return L"\u2028";
-        default: return {};
+        case QVLineBreakLF:
+            return L"\n";
+        case QVLineBreakCR:
+            return L"\r";
+        case QVLineBreakCRLF:
+            return L"\r\n";
+        case QVLineBreakLineSeparator:
+            return L"\u2028";
+        default:
+            return {};
     }
 }
 
@@ -43,7 +48,8 @@ void ConvertLineBreaks(WideText& text, std::wstring_view from, std::wstring_view
     WideText converted;
     converted.Reserve(text.Length() - count * from.size() + count * to.size());
     size_t copied = 0;
-    for (size_t at = FindText(text.View(), from, 0); at != kNotFound; at = FindText(text.View(), from, copied)) {
+    for (size_t at = FindText(text.View(), from, 0); at != kNotFound;
+         at = FindText(text.View(), from, copied)) {
         converted.Append(text.View().substr(copied, at - copied));
         converted.Append(to);
         copied = at + from.size();

@@ -8,8 +8,8 @@ namespace qv {
 
 inline constexpr size_t kNotFound = static_cast<size_t>(-1);
 
-/// The first place at or after `start` where `text` goes on with `searched`, or kNotFound. An empty `searched`
-/// is found at `start` as long as that does not lie beyond the end.
+/// The first place at or after `start` where `text` goes on with `searched`, or kNotFound. An empty
+/// `searched` is found at `start` as long as that does not lie beyond the end.
 size_t FindText(std::wstring_view text, std::wstring_view searched, size_t start) noexcept;
 
 /// The first place at or after `start` where `text` holds `searched`, or kNotFound.

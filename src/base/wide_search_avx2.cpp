@@ -2,10 +2,9 @@
 
 #if defined(__x86_64__) || defined(__i386__)
 
-#include <immintrin.h>
-
 #include <bit>
 #include <cstdint>
+#include <immintrin.h>
 
 #include "base/wide_search_plain.h"
 
@@ -14,7 +13,7 @@
 namespace qv::avx2 {
 namespace {
 
-constexpr size_t kLane = 8;          // characters of one vector
+constexpr size_t kLane = 8;            // characters of one vector
 constexpr size_t kStride = 4 * kLane;  // places looked at together while the first character is rare
 
 QV_AVX2 inline __m256i Load(const wchar_t* place) noexcept {
@@ -38,7 +37,8 @@ struct Probe {
         return _mm256_cmpeq_epi32(Load(place), first);
     }
 
-    /// The first occurrence at one of the eight places from `place` on; `equal` tells where the first character is.
+    /// The first occurrence at one of the eight places from `place` on; `equal` tells where the first
+    /// character is.
     QV_AVX2 const wchar_t* Among(const wchar_t* place, __m256i equal) const noexcept {
         const __m256i ends = _mm256_cmpeq_epi32(Load(place + searched.size() - 1), last);
         for (uint32_t bits = LaneBits(_mm256_and_si256(equal, ends)); bits != 0; bits &= bits - 1) {
@@ -55,10 +55,13 @@ struct Probe {
 
 }  // namespace
 
-// The first and the last character of the searched text are compared at eight places at once; only where both are
-// right is the rest looked at. While the first character does not turn up at all, 32 places go by in one step.
-QV_AVX2 const wchar_t* FindText(const wchar_t* text, const wchar_t* end, std::wstring_view searched) noexcept {
-    if (static_cast<size_t>(end - text) < searched.size() + kLane - 1) return plain::FindText(text, end, searched);
+// The first and the last character of the searched text are compared at eight places at once; only where both
+// are right is the rest looked at. While the first character does not turn up at all, 32 places go by in one
+// step.
+QV_AVX2 const wchar_t* FindText(const wchar_t* text, const wchar_t* end,
+                                std::wstring_view searched) noexcept {
+    if (static_cast<size_t>(end - text) < searched.size() + kLane - 1)
+        return plain::FindText(text, end, searched);
     const Probe probe(searched);
     const wchar_t* const places = end - (searched.size() - 1);  // the end of the places where it could begin
 

@@ -3,8 +3,8 @@
 #include <cwchar>
 #include <string_view>
 
-/// The searches of wide_search.h in portable code: the path of processors without vectors, and the measure of the
-/// others. Both take the text from the place where the search starts; `searched` is not empty.
+/// The searches of wide_search.h in portable code: the path of processors without vectors, and the measure of
+/// the others. Both take the text from the place where the search starts; `searched` is not empty.
 namespace qv::plain {
 
 inline bool StartsWith(const wchar_t* place, std::wstring_view searched) noexcept {

@@ -8,8 +8,8 @@
 
 namespace qv {
 
-/// A growable text of wide characters, always allocated and always followed by a terminating 0. Short texts lie
-/// inside the object, so that a short string object is a single allocation. Every operation that throws
+/// A growable text of wide characters, always allocated and always followed by a terminating 0. Short texts
+/// lie inside the object, so that a short string object is a single allocation. Every operation that throws
 /// (std::bad_alloc, std::length_error) leaves the text as it was. Arguments may be views of the text itself.
 class WideText final {
 public:
@@ -40,8 +40,8 @@ public:
         if (length > capacity_) Reallocate(length);
     }
 
-    /// Room for `count` more characters, uninitialised, behind the text; valid until the next change. TakeRoom
-    /// makes the first characters written there a part of the text.
+    /// Room for `count` more characters, uninitialised, behind the text; valid until the next change.
+    /// TakeRoom makes the first characters written there a part of the text.
     [[nodiscard]] wchar_t* AppendRoom(size_t count) {
         if (count > size_t{capacity_} - length_) Grow(count);
         return data_ + length_;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 #include <mutex>
 #include <pthread.h>
 #include <vector>

@@ -1,11 +1,11 @@
 #include "text/QVCScanner.h"
 
-#include <QVFoundation/QVString.h>
-#include <QVFoundation/QVTemporaryObjectsPool.h>
-
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+
+#include <QVFoundation/QVString.h>
+#include <QVFoundation/QVTemporaryObjectsPool.h>
 
 #include "base/hex_text.h"
 

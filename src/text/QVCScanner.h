@@ -1,9 +1,9 @@
 #pragma once
 
-#include <QVFoundation/QVScanner.h>
-
 #include <cstdint>
 #include <string_view>
+
+#include <QVFoundation/QVScanner.h>
 
 #include "runtime/Owned.h"
 #include "runtime/QVCBase.h"
@@ -15,7 +15,8 @@ public:
 
     [[nodiscard]] std::uint16_t GetTypeID() const override { return QVTypeIDScanner; }
 
-    /// Takes a reference to the string, which may be null, and goes to its start, also when it is the same one.
+    /// Takes a reference to the string, which may be null, and goes to its start, also when it is the same
+    /// one.
     void SetString(void* string);
 
     /// Answers the string's length.

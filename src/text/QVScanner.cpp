@@ -31,8 +31,8 @@ QVBoolean QVScannerScanUpToCharacters(void* scanner, const wchar_t* characters, 
 
 QVBoolean QVScannerScanUpToNotCharacters(void* scanner, const wchar_t* characters, void** out) noexcept {
     if (!scanner && out) *out = nullptr;
-    return With<QVCScanner, QVBoolean>(scanner, 0,
-                                       [&](QVCScanner& s) { return s.ScanUpToNotCharacters(characters, out); });
+    return With<QVCScanner, QVBoolean>(
+        scanner, 0, [&](QVCScanner& s) { return s.ScanUpToNotCharacters(characters, out); });
 }
 
 QVBoolean QVScannerScanHexUInt(void* scanner, unsigned int* out) noexcept {

@@ -1,9 +1,9 @@
-#include <QVFoundation/QVString.h>
-#include <QVFoundation/QVTemporaryObjectsPool.h>
-
 #include <cstdarg>
 #include <cstring>
 #include <cwchar>
+
+#include <QVFoundation/QVString.h>
+#include <QVFoundation/QVTemporaryObjectsPool.h>
 
 #include "runtime/Guard.h"
 #include "text/QVStringImpl.h"
@@ -63,11 +63,13 @@ void* QVStringCreateWithHashValue128(QVHashValue128 value) noexcept {
 }
 
 void* QVStringCreateCopy(void* string) noexcept {
-    return With<QVStringImpl, void*>(string, nullptr, [](const QVStringImpl& s) { return s.CreateCopyString(); });
+    return With<QVStringImpl, void*>(string, nullptr,
+                                     [](const QVStringImpl& s) { return s.CreateCopyString(); });
 }
 
 void* QVStringCreateSubString(void* string, QVRange range) noexcept {
-    return With<QVStringImpl, void*>(string, nullptr, [&](const QVStringImpl& s) { return s.CreateSubString(range); });
+    return With<QVStringImpl, void*>(string, nullptr,
+                                     [&](const QVStringImpl& s) { return s.CreateSubString(range); });
 }
 
 const wchar_t* QVStringGetBuffer(void* string) noexcept {
@@ -79,7 +81,8 @@ unsigned long QVStringGetLength(void* string) noexcept {
 }
 
 wchar_t QVStringGetCharacterAtIndex(void* string, unsigned long index) noexcept {
-    return With<QVStringImpl>(string, L'\0', [&](const QVStringImpl& s) { return s.GetCharacterAtIndex(index); });
+    return With<QVStringImpl>(string, L'\0',
+                              [&](const QVStringImpl& s) { return s.GetCharacterAtIndex(index); });
 }
 
 int QVStringCompare(void* string1, void* string2) noexcept {
@@ -87,7 +90,8 @@ int QVStringCompare(void* string1, void* string2) noexcept {
 }
 
 int QVStringCaseInsensitiveCompare(void* string1, void* string2) noexcept {
-    return Ordered(string1, string2, [&](const QVStringImpl& s) { return s.CaseInsensitiveCompare(string2); });
+    return Ordered(string1, string2,
+                   [&](const QVStringImpl& s) { return s.CaseInsensitiveCompare(string2); });
 }
 
 void* QVStringUpperCaseString(void* string) noexcept {
@@ -148,7 +152,8 @@ void QVStringErase(void* string, unsigned long location, unsigned long length) n
     With<QVStringImpl>(string, [&](QVStringImpl& s) { s.Erase(location, length); });
 }
 
-void QVStringReplaceString(void* string, void* replacement, unsigned long location, unsigned long length) noexcept {
+void QVStringReplaceString(void* string, void* replacement, unsigned long location,
+                           unsigned long length) noexcept {
     if (!replacement) return;
     With<QVStringImpl>(string, [&](QVStringImpl& s) { s.ReplaceString(replacement, location, length); });
 }

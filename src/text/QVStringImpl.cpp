@@ -1,8 +1,5 @@
 #include "text/QVStringImpl.h"
 
-#include <QVFoundation/QVLibrary.h>
-#include <QVFoundation/QVTemporaryObjectsPool.h>
-
 #include <algorithm>
 #include <cwchar>
 #include <cwctype>
@@ -10,6 +7,9 @@
 #include <stdexcept>
 #include <string>
 #include <utility>
+
+#include <QVFoundation/QVLibrary.h>
+#include <QVFoundation/QVTemporaryObjectsPool.h>
 
 #include "base/hex_text.h"
 #include "base/line_breaks.h"
@@ -30,7 +30,8 @@ std::wstring_view TextOf(void* string) {
 
 /// The handle of a new string that holds what `makeText` returns, or null and a log line.
 template <class MakeText>
-void* CreateString(MakeText makeText, const wchar_t* failureMessage = L"Couldn't allocate the instance of the QVString.") {
+void* CreateString(MakeText makeText,
+                   const wchar_t* failureMessage = L"Couldn't allocate the instance of the QVString.") {
     void* string = qv::CreateObject<QVStringImpl>(makeText);
     if (!string) QVLog(failureMessage);
     return string;
@@ -205,7 +206,8 @@ void QVStringImpl::TrimLeft() {
 void QVStringImpl::TrimRight() {
     size_t length = text_.Length();
     // The character at index 0 is never looked at: one space always stays.
-    while (length > 1 && IsSpace(text_.Data()[length - 1])) --length;
+    while (length > 1 && IsSpace(text_.Data()[length - 1]))
+        --length;
     text_.Truncate(length);
 }
 

@@ -1,17 +1,17 @@
 #pragma once
 
-#include <QVFoundation/QVString.h>
-
 #include <concepts>
 #include <cstdint>
 #include <string_view>
 
+#include <QVFoundation/QVString.h>
+
 #include "base/wide_text.h"
 #include "runtime/QVCBase.h"
 
-/// The string object: the rules of its operations. Members whose names begin with Create give a new string's handle,
-/// or null after the log line that QVString.h names. Members that change the string throw when memory runs out and
-/// have then changed nothing. Handles of other strings must not be null.
+/// The string object: the rules of its operations. Members whose names begin with Create give a new string's
+/// handle, or null after the log line that QVString.h names. Members that change the string throw when memory
+/// runs out and have then changed nothing. Handles of other strings must not be null.
 class QVStringImpl final : public QVCBase {
 public:
     /// Holds what `makeText` returns, made in place; what that throws ends the construction.

@@ -20,8 +20,8 @@ std::unique_ptr<wchar_t[]> FormatText(const wchar_t* format, size_t formatLength
         const int written = std::vswprintf(buffer.get(), size, format, again);
         va_end(again);
         buffer[size - 1] = L'\0';
-        // vswprintf fails alike for want of room and for what cannot be converted. The buffer is zeroed, so only
-        // text that goes up to its end can have wanted room.
+        // vswprintf fails alike for want of room and for what cannot be converted. The buffer is zeroed, so
+        // only text that goes up to its end can have wanted room.
         const bool full = written < 0 && std::wcslen(buffer.get()) == size - 1;
         if (!full || size >= kMostSize) return buffer;
     }
