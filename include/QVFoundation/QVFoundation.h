@@ -5,6 +5,8 @@
 #define QVFOUNDATION_QVFOUNDATION_H
 
 #include <QVFoundation/QVAdditions.h>
+#include <QVFoundation/QVArray.h>
+#include <QVFoundation/QVEnumerator.h>
 #include <QVFoundation/QVHashValue.h>
 #include <QVFoundation/QVLibrary.h>
 #include <QVFoundation/QVObject.h>
