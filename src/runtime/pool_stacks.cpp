@@ -1,10 +1,9 @@
 #include "runtime/pool_stacks.h"
 
 #include <algorithm>
-#include <memory>
-#include <utility>
 #include <mutex>
 #include <pthread.h>
+#include <utility>
 #include <vector>
 
 #include "runtime/QVCTemporaryObjectsPool.h"
@@ -14,6 +13,7 @@
 struct QVTempObjPoolStackPerThreadMac {
     pthread_t thread;
     std::vector<QVCTemporaryObjectsPool*> pools;
+    QVCTemporaryObjectsPool* top = nullptr;
     QVTempObjPoolStackPerThreadMac* next = nullptr;
 };
 
@@ -28,8 +28,6 @@ constinit std::mutex listMutex;
 constinit ThreadEntry* firstEntry = nullptr;
 
 [[gnu::tls_model("initial-exec")]] constinit thread_local ThreadEntry* ownEntry = nullptr;
-// The top of the own stack, kept beside it: handing over a temporary needs nothing else.
-[[gnu::tls_model("initial-exec")]] constinit thread_local QVCTemporaryObjectsPool* topPool = nullptr;
 
 void Link(ThreadEntry* entry) noexcept {
     const std::lock_guard lock(listMutex);
@@ -59,14 +57,30 @@ void AfterForkInChild() noexcept {
     listMutex.unlock();
 }
 
-void PopTombstones() noexcept {
-    std::vector<QVCTemporaryObjectsPool*>& pools = ownEntry->pools;
+// Buries a pool: true when the entry has it. Tombstones at the top go at once.
+bool Bury(ThreadEntry& entry, const QVCTemporaryObjectsPool* pool) noexcept {
+    std::vector<QVCTemporaryObjectsPool*>& pools = entry.pools;
+    const auto place = std::find(pools.begin(), pools.end(), pool);
+    if (place == pools.end()) return false;
+    *place = nullptr;
     while (!pools.empty() && pools.back() == nullptr)
         pools.pop_back();
-    topPool = pools.empty() ? nullptr : pools.back();
-    if (topPool != nullptr) return;
+    entry.top = pools.empty() ? nullptr : pools.back();
+    return true;
+}
+
+void DropOwnEntryIfEmpty() noexcept {
+    if (ownEntry->top != nullptr) return;
     Unlink(ownEntry);
     delete std::exchange(ownEntry, nullptr);
+}
+
+// A pool that a wrong thread releases must not stay in its own thread's stack.
+void BuryInOtherThread(const QVCTemporaryObjectsPool* pool) noexcept {
+    const std::lock_guard lock(listMutex);
+    for (ThreadEntry* entry = firstEntry; entry != nullptr; entry = entry->next) {
+        if (entry != ownEntry && Bury(*entry, pool)) return;
+    }
 }
 
 // A thread that ends with open pools has them drained, top first. The pools themselves belong to whoever
@@ -76,11 +90,11 @@ struct ThreadEnd {
     ThreadEnd(const ThreadEnd&) = delete;
     ThreadEnd& operator=(const ThreadEnd&) = delete;
     ~ThreadEnd() {
-        while (topPool != nullptr) {
-            topPool->ReleaseTemporaryObjects();
-            ownEntry->pools.back() = nullptr;
-            PopTombstones();
+        while (QVCTemporaryObjectsPool* top = GetTopPool()) {
+            top->ReleaseTemporaryObjects();
+            Bury(*ownEntry, top);
         }
+        if (ownEntry != nullptr) DropOwnEntryIfEmpty();
     }
 };
 
@@ -99,25 +113,24 @@ void PushPool(QVCTemporaryObjectsPool* pool) {
     try {
         ownEntry->pools.push_back(pool);
     } catch (...) {
-        PopTombstones();
+        DropOwnEntryIfEmpty();
         throw;
     }
-    topPool = pool;
+    ownEntry->top = pool;
 }
 
 QVCTemporaryObjectsPool* GetTopPool() noexcept {
-    return topPool;
+    return ownEntry == nullptr ? nullptr : ownEntry->top;
 }
 
 bool PopPool(QVCTemporaryObjectsPool* pool) noexcept {
-    if (ownEntry == nullptr) return false;
-    std::vector<QVCTemporaryObjectsPool*>& pools = ownEntry->pools;
-    const auto place = std::find(pools.begin(), pools.end(), pool);
-    if (place == pools.end()) return false;
-    *place = nullptr;
-    if (pool != topPool) return false;
-    PopTombstones();
-    return true;
+    const bool wasTop = pool == GetTopPool();
+    if (ownEntry == nullptr || !Bury(*ownEntry, pool)) {
+        BuryInOtherThread(pool);
+        return false;
+    }
+    DropOwnEntryIfEmpty();
+    return wasTop;
 }
 
 std::size_t CountThreadsWithPools() noexcept {

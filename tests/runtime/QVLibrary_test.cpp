@@ -1,10 +1,9 @@
-#include <QVFoundation/QVLibrary.h>
-
-#include <QVFoundation/QVTemporaryObjectsPool.h>
 #include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
+
+#include <QVFoundation/QVLibrary.h>
+#include <QVFoundation/QVTemporaryObjectsPool.h>
 
 #include "runtime/Owned.h"
 #include "support/failing_allocator.h"
@@ -76,7 +75,8 @@ TEST(LibraryStart, SurvivesEveryFailingAllocation) {
     EXPECT_GE(failures, 5U);
     // Without a main pool the two shared objects leak, as the log says; nothing else does.
     std::size_t leaks = 0;
-    for (const std::string& message : log.Messages()) leaks += message.find("will leak") != std::string::npos;
+    for (const std::string& message : log.Messages())
+        leaks += message.find("will leak") != std::string::npos;
     EXPECT_LE(qvtest::LiveAllocations() - before, leaks);
 }
 

@@ -1,15 +1,14 @@
-#include <QVFoundation/QVTemporaryObjectsPool.h>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
 
 #include <QVFoundation/QVAdditions.h>
 #include <QVFoundation/QVLibrary.h>
 #include <QVFoundation/QVString.h>
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <string>
-#include <thread>
-#include <vector>
+#include <QVFoundation/QVTemporaryObjectsPool.h>
 
 #include "runtime/Guard.h"
 #include "runtime/Owned.h"
@@ -50,7 +49,8 @@ TEST(TemporaryPool, ReleasesEachObjectOnceInTheOrderReceived) {
     void* pool = QVTemporaryObjectsPoolCreate();
     EXPECT_EQ(QVGetTypeID(pool), 28);
     EXPECT_EQ(QVTEMPOBJ(QVRetain(kept.Get())), kept.Get());
-    for (int i = 1; i <= 3; ++i) QVTEMPOBJ(qv::CreateObject<Witness>(&deaths, i));
+    for (int i = 1; i <= 3; ++i)
+        QVTEMPOBJ(qv::CreateObject<Witness>(&deaths, i));
     EXPECT_EQ(QVGetRetainCount(kept.Get()), 2UL);
     EXPECT_TRUE(deaths.empty());
     QVRelease(pool);
@@ -129,16 +129,19 @@ TEST(TemporaryPool, OutOfOrderReleaseLeaksThePoolsObjectsAndKeepsTheTop) {
     QVRelease(leaked);
 }
 
-TEST(TemporaryPool, ReleasedByAnotherThreadItIsNotBalanced) {
-    void* pool = QVTemporaryObjectsPoolCreate();
+TEST(TemporaryPool, ReleasedByAWrongThreadItIsNotBalancedAndLeavesNoTrace) {
+    void* outer = QVTemporaryObjectsPoolCreate();
+    void* inner = QVTemporaryObjectsPoolCreate();
     qvtest::LogCapture log;
-    std::thread([pool] {
-        QVRetain(pool);
-        QVRelease(pool);
-    }).join();
-    EXPECT_TRUE(log.Messages().empty());
-    QVRelease(pool);
-    EXPECT_TRUE(log.Messages().empty());
+    std::thread([inner] { QVRelease(inner); }).join();
+    EXPECT_EQ(log.Messages(), Messages{kNotBalanced});
+    EXPECT_EQ(QVTemporaryObjectsPoolGetFrontPool(), outer);
+    std::thread([outer] { QVRelease(outer); }).join();
+    EXPECT_EQ(QVTemporaryObjectsPoolGetFrontPool(), nullptr);
+    EXPECT_EQ(log.Messages(), (Messages{kNotBalanced, kNotBalanced}));
+    // The stack still works.
+    const Owned pool{QVTemporaryObjectsPoolCreate()};
+    EXPECT_EQ(QVTemporaryObjectsPoolGetFrontPool(), pool.Get());
 }
 
 TEST(TemporaryPool, AThreadsEntryGoesWithItsLastPool) {
@@ -166,7 +169,8 @@ TEST(TemporaryPool, AThreadThatEndsWithOpenPoolsHasThemDrained) {
     EXPECT_EQ(qv::CountThreadsWithPools(), before);
     // The pools themselves still belong to whoever created them.
     qvtest::LogCapture log;
-    for (void* pool : pools) QVRelease(pool);
+    for (void* pool : pools)
+        QVRelease(pool);
     EXPECT_EQ(log.Messages(), (Messages{kNotBalanced, kNotBalanced}));
 }
 
@@ -212,8 +216,10 @@ TEST(Literals, EqualTextsAreOneStringUnderOnePool) {
 TEST(Literals, ManyTextsAreFoundAgain) {
     const Owned pool{QVTemporaryObjectsPoolCreate()};
     std::vector<void*> strings;
-    for (int i = 0; i < 5000; ++i) strings.push_back(QVSTR(std::to_wstring(i).c_str()));
-    for (int i = 0; i < 5000; ++i) ASSERT_EQ(QVSTR(std::to_wstring(i).c_str()), strings[i]);
+    for (int i = 0; i < 5000; ++i)
+        strings.push_back(QVSTR(std::to_wstring(i).c_str()));
+    for (int i = 0; i < 5000; ++i)
+        ASSERT_EQ(QVSTR(std::to_wstring(i).c_str()), strings[i]);
 }
 
 TEST(Literals, NullTextIsEmptyText) {
@@ -236,7 +242,8 @@ TEST(Literals, AnswerNullWhenMemoryRunsOut) {
         const Owned pool{QVTemporaryObjectsPoolCreate()};
         const qvtest::LogCapture log;
         qvtest::FailEachAllocation([] {
-            for (int i = 0; i < 20; ++i) (void)QVSTR(std::to_wstring(i).c_str());
+            for (int i = 0; i < 20; ++i)
+                (void)QVSTR(std::to_wstring(i).c_str());
         });
         EXPECT_NE(QVSTR(L"19"), nullptr);
     }
@@ -266,13 +273,15 @@ TEST(PoolThreads, EachThreadHasItsOwnStack) {
             for (int i = 0; i < 500; ++i) {
                 void* pool = QVTemporaryObjectsPoolCreate();
                 EXPECT_EQ(QVTemporaryObjectsPoolGetFrontPool(), pool);
-                for (int k = 0; k < 8; ++k) QVTEMPOBJ(QVNullCreate());
+                for (int k = 0; k < 8; ++k)
+                    QVTEMPOBJ(QVNullCreate());
                 (void)QVSTR(L"text");
                 QVRelease(pool);
             }
         });
     }
-    for (std::thread& thread : threads) thread.join();
+    for (std::thread& thread : threads)
+        thread.join();
 }
 
 }  // namespace
