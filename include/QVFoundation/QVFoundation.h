@@ -5,6 +5,7 @@
 #define QVFOUNDATION_QVFOUNDATION_H
 
 #include <QVFoundation/QVAdditions.h>
+#include <QVFoundation/QVDate.h>
 #include <QVFoundation/QVArray.h>
 #include <QVFoundation/QVEnumerator.h>
 #include <QVFoundation/QVHashValue.h>
