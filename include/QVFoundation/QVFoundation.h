@@ -7,6 +7,7 @@
 #include <QVFoundation/QVAdditions.h>
 #include <QVFoundation/QVDate.h>
 #include <QVFoundation/QVArray.h>
+#include <QVFoundation/QVData.h>
 #include <QVFoundation/QVEnumerator.h>
 #include <QVFoundation/QVHashValue.h>
 #include <QVFoundation/QVLibrary.h>

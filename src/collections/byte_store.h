@@ -1,0 +1,47 @@
+// The growing run of bytes under Data. Unlike a vector it can grow without filling what is about to be
+// overwritten.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+namespace qv {
+
+class ByteStore {
+public:
+    // Data holds fewer than 2^32 bytes everywhere; where addresses are short, half of that is the limit.
+    static constexpr std::size_t kMostBytes =
+        sizeof(std::size_t) > 4 ? 0xFFFFFFFFU
+                                : static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max());
+
+    ByteStore() noexcept = default;
+    ByteStore(const ByteStore&) = delete;
+    ByteStore& operator=(const ByteStore&) = delete;
+    ~ByteStore();
+
+    // Null while there are no bytes.
+    [[nodiscard]] std::uint8_t* Bytes() const noexcept { return size_ > 0 ? bytes_ : nullptr; }
+    [[nodiscard]] std::size_t Size() const noexcept { return size_; }
+
+    // All of these throw std::bad_alloc or, beyond the limit, std::length_error, and then change nothing.
+
+    // Room for `capacity` bytes in all.
+    void Reserve(std::size_t capacity);
+    // New bytes are 0.
+    void Resize(std::size_t size);
+    // Adds `count` bytes of unknown value and answers where they begin.
+    std::uint8_t* Extend(std::size_t count);
+    // The source may lie inside this store.
+    void Append(const void* source, std::size_t count);
+
+private:
+    void Grow(std::size_t size);
+    void Reallocate(std::size_t capacity);
+
+    std::uint8_t* bytes_ = nullptr;
+    std::size_t size_ = 0;
+    std::size_t capacity_ = 0;
+};
+
+}  // namespace qv
