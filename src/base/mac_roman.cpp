@@ -7,7 +7,8 @@
 namespace qv {
 namespace {
 
-// The characters of the bytes from 80 on. DB is the euro sign, BD the Greek omega, F0 the maker's private character.
+// The characters of the bytes from 80 on. DB is the euro sign, BD the Greek omega, F0 the maker's private
+// character.
 constexpr std::array<char16_t, 128> kUpperHalf = {
     0x00C4, 0x00C5, 0x00C7, 0x00C9, 0x00D1, 0x00D6, 0x00DC, 0x00E1,  // 80
     0x00E0, 0x00E2, 0x00E4, 0x00E3, 0x00E5, 0x00E7, 0x00E9, 0x00E8,  //

@@ -5,12 +5,20 @@
 namespace qv {
 namespace {
 
-constexpr bool IsSurrogate(uint32_t unit) { return (unit & 0xFFFFF800) == 0xD800; }
-constexpr bool IsHighSurrogate(uint32_t unit) { return (unit & 0xFFFFFC00) == 0xD800; }
-constexpr bool IsLowSurrogate(uint32_t unit) { return (unit & 0xFFFFFC00) == 0xDC00; }
+constexpr bool IsSurrogate(uint32_t unit) {
+    return (unit & 0xFFFFF800) == 0xD800;
+}
+constexpr bool IsHighSurrogate(uint32_t unit) {
+    return (unit & 0xFFFFFC00) == 0xD800;
+}
+constexpr bool IsLowSurrogate(uint32_t unit) {
+    return (unit & 0xFFFFFC00) == 0xDC00;
+}
 
 // Where the low byte of a unit stands.
-constexpr size_t LowByte(std::endian order) { return order == std::endian::little ? 0 : 1; }
+constexpr size_t LowByte(std::endian order) {
+    return order == std::endian::little ? 0 : 1;
+}
 
 }  // namespace
 
@@ -18,13 +26,16 @@ std::optional<size_t> DecodeUtf16(const char* bytes, size_t size, std::endian or
     if (size % 2 != 0) return std::nullopt;
     const auto* in = reinterpret_cast<const unsigned char*>(bytes);
     const size_t low = LowByte(order);
-    const auto unitAt = [&](size_t at) -> uint32_t { return uint32_t{in[at + low]} | uint32_t{in[at + 1 - low]} << 8; };
+    const auto unitAt = [&](size_t at) -> uint32_t {
+        return uint32_t{in[at + low]} | uint32_t{in[at + 1 - low]} << 8;
+    };
 
     size_t written = 0;
     for (size_t at = 0; at < size; at += 2) {
         uint32_t character = unitAt(at);
         if (IsSurrogate(character)) {
-            if (!IsHighSurrogate(character) || size - at < 4 || !IsLowSurrogate(unitAt(at + 2))) return std::nullopt;
+            if (!IsHighSurrogate(character) || size - at < 4 || !IsLowSurrogate(unitAt(at + 2)))
+                return std::nullopt;
             character = 0x10000 + ((character & 0x3FF) << 10) + (unitAt(at + 2) & 0x3FF);
             at += 2;
         }

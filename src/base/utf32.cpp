@@ -5,10 +5,14 @@
 namespace qv {
 namespace {
 
-constexpr bool IsCodePoint(uint32_t value) { return value <= 0x10FFFF && (value & 0xFFFFF800) != 0xD800; }
+constexpr bool IsCodePoint(uint32_t value) {
+    return value <= 0x10FFFF && (value & 0xFFFFF800) != 0xD800;
+}
 
 // Added to the index of a little-endian byte by exclusive or, it gives the index in the other order.
-constexpr size_t Flip(std::endian order) { return order == std::endian::little ? 0 : 3; }
+constexpr size_t Flip(std::endian order) {
+    return order == std::endian::little ? 0 : 3;
+}
 
 }  // namespace
 

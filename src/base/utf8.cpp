@@ -1,29 +1,51 @@
 #include "base/utf8.h"
 
-#include "base/utf8_plain.h"
+#include "base/processor.h"
+#include "base/utf8_kernels.h"
 
 namespace qv {
+namespace {
+
+// Encodes from `from` on, up to the end or to a character that UTF-8 cannot hold.
+Utf8Progress EncodeValid(const wchar_t* text, size_t count, char* out, Utf8Progress from) noexcept {
+#if QV_X86
+    if (HasAvx2()) from = avx2::EncodeUtf8(text, count, out, from);
+#endif
+    return plain::EncodeUtf8(text, count, out, from);
+}
+
+}  // namespace
 
 size_t CountUtf8Characters(const char* bytes, size_t size) noexcept {
+#if QV_X86
+    if (HasAvx2()) return avx2::CountUtf8Characters(bytes, size);
+#endif
     return plain::CountUtf8Characters(bytes, size);
 }
 
 std::optional<size_t> DecodeUtf8(const char* bytes, size_t size, wchar_t* out, size_t room) noexcept {
-    return plain::DecodeUtf8(bytes, size, out, room);
+    Utf8Progress done;
+#if QV_X86
+    if (HasAvx2()) done = avx2::DecodeUtf8(bytes, size, out, room);
+#endif
+    done = plain::DecodeUtf8(bytes, size, out, room, done);
+    if (done.read != size) return std::nullopt;
+    return done.written;
 }
 
 std::optional<size_t> EncodeUtf8(const wchar_t* text, size_t count, char* out) noexcept {
-    return plain::EncodeUtf8(text, count, out);
+    const Utf8Progress done = EncodeValid(text, count, out, {});
+    if (done.read != count) return std::nullopt;
+    return done.written;
 }
 
 size_t EncodeUtf8Lossy(const wchar_t* text, size_t count, char* out) noexcept {
-    char* to = out;
-    for (size_t i = 0; i < count; ++i) {
-        const size_t size = plain::EncodeOne(static_cast<uint32_t>(text[i]), to);
-        if (size == 0) *to = '?';
-        to += size == 0 ? 1 : size;
+    Utf8Progress done = EncodeValid(text, count, out, {});
+    while (done.read != count) {
+        out[done.written] = '?';
+        done = EncodeValid(text, count, out, {done.read + 1, done.written + 1});
     }
-    return static_cast<size_t>(to - out);
+    return done.written;
 }
 
 std::optional<std::string> ToUtf8(std::wstring_view text) {

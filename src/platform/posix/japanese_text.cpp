@@ -1,11 +1,10 @@
 #include "platform/japanese_text.h"
 
-#include <iconv.h>
-
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdint>
+#include <iconv.h>
 
 namespace qv {
 namespace {
@@ -87,8 +86,8 @@ Converter* Encoder(JapaneseEncoding encoding) noexcept {
     return Prepared(encoders[index], kNames[index], kWide);
 }
 
-// The system's converters drop the invisible tag characters without a word. The replacement character, which has no
-// place in any of the tables, makes them fail like every other character that does not fit.
+// The system's converters drop the invisible tag characters without a word. The replacement character, which
+// has no place in any of the tables, makes them fail like every other character that does not fit.
 wchar_t WithoutTags(wchar_t character) noexcept {
     return (static_cast<uint32_t>(character) & ~0x7Fu) == 0xE0000 ? wchar_t{0xFFFD} : character;
 }
