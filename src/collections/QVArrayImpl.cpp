@@ -4,7 +4,6 @@
 
 #include <QVFoundation/QVLibrary.h>
 
-#include "collections/comparison.h"
 #include "collections/handle_scan.h"
 #include "runtime/Guard.h"
 #include "runtime/Owned.h"
@@ -17,7 +16,6 @@ QVArrayImpl::~QVArrayImpl() {
 void QVArrayImpl::AppendObject(void* object) {
     store_.Append(object);
     QVRetain(object);
-    NoteComparisonOf(object);
 }
 
 void QVArrayImpl::AddObject(void* object) {
@@ -27,9 +25,8 @@ void QVArrayImpl::AddObject(void* object) {
     try {
         store_.Append(object);
     } catch (const std::exception&) {
-        return QVLog(L"Failed adding the object into the array.");
+        QVLog(L"Failed adding the object into the array.");
     }
-    NoteComparisonOf(object);
 }
 
 void QVArrayImpl::InsertObject(void* object, std::size_t index) {
@@ -38,9 +35,8 @@ void QVArrayImpl::InsertObject(void* object, std::size_t index) {
     try {
         store_.Insert(index, object);
     } catch (const std::exception&) {
-        return QVLog(L"Failed inserting the object.");
+        QVLog(L"Failed inserting the object.");
     }
-    NoteComparisonOf(object);
 }
 
 void QVArrayImpl::RemoveObject(std::size_t index) {
@@ -59,7 +55,6 @@ void QVArrayImpl::RemoveAllObjects() {
     const qv::Owned self = qv::Owned::Retaining(qv::ToHandle(this));
     qv::HandleStore dropped;
     store_.Swap(dropped);
-    comparesByIdentity_ = true;
     for (void* object : dropped)
         QVRelease(object);
     dropped.Clear();
@@ -70,18 +65,11 @@ void QVArrayImpl::SetObjectAtIndex(void* object, std::size_t index) {
     if (index >= GetCount()) return;
     // Retained before the old element goes: it may be the same object.
     QVRetain(object);
-    NoteComparisonOf(object);
     QVRelease(store_.Exchange(index, object));
 }
 
 long QVArrayImpl::IndexOfObject(void* object) const {
-    std::size_t index = 0;
-    if (comparesByIdentity_) {
-        index = qv::FindHandle(store_.begin(), GetCount(), object);
-    } else {
-        while (index < GetCount() && QVCompareObject(store_.At(index), object) != 0)
-            ++index;
-    }
+    const std::size_t index = qv::FindHandle(store_.begin(), GetCount(), object);
     return index < GetCount() ? static_cast<long>(index) : -1;
 }
 
@@ -89,11 +77,6 @@ void* QVArrayImpl::CreateObjectEnumerator() {
     void* enumerator = qv::CreateObject<QVArrayImplObjectEnumerator>(this);
     if (enumerator == nullptr) QVLog(L"Couldn't allocate the instance of the QVEnumerator for the array.");
     return enumerator;
-}
-
-void QVArrayImpl::NoteComparisonOf(void* object) {
-    if (object != nullptr && !qv::ShareComparison(qv::FromHandle<QVCBase>(object), this))
-        comparesByIdentity_ = false;
 }
 
 void* QVArrayImplObjectEnumerator::NextObject() {

@@ -33,17 +33,14 @@ public:
     void RemoveAllObjects();
     void SetObjectAtIndex(void* object, std::size_t index);
 
-    // The first element whose class says that it equals the object, or -1.
+    // The first element that equals the object, or -1. No class has a comparison of its own, so an object
+    // equals itself only, and comparing handles says what QVCompareObject would.
     [[nodiscard]] long IndexOfObject(void* object) const;
 
     [[nodiscard]] void* CreateObjectEnumerator();
 
 private:
-    void NoteComparisonOf(void* object);
-
     qv::HandleStore store_;
-    // No element that was ever added since the array was empty has a comparison of its own.
-    bool comparesByIdentity_ = true;
 };
 
 // Holds an index that is checked at every step, so the array may change under it.

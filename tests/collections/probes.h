@@ -26,25 +26,6 @@ private:
     return qv::ToHandle(new Probe(name, deaths));
 }
 
-// Compares by its value, unlike any class of the library.
-class ValueObject final : public QVCBase {
-public:
-    explicit ValueObject(int value) : value_(value) {}
-    [[nodiscard]] std::uint16_t GetTypeID() const override { return QVTypeIDUnregistered; }
-    [[nodiscard]] int CompareToObject(void* other) const override {
-        const auto* value = qv::CheckedHandle<ValueObject>(other);
-        if (value == nullptr) return 1;
-        return value_ < value->value_ ? -1 : value_ > value->value_ ? 1 : 0;
-    }
-
-private:
-    int value_;
-};
-
-[[nodiscard]] inline void* CreateValue(int value) {
-    return qv::ToHandle(new ValueObject(value));
-}
-
 // Runs an action when it dies: for collections that are changed in the middle of their own work.
 template <class Action>
 class LastAct final : public QVCBase {
