@@ -1,13 +1,13 @@
+// Hexadecimal digits in wide text.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
 
-/// Hexadecimal digits in wide text.
 namespace qv {
 
-/// The value of a digit in either case, or -1.
+// The value of a digit in either case, or -1.
 constexpr int HexDigitValue(wchar_t character) noexcept {
     if (character >= L'0' && character <= L'9') return character - L'0';
     if (character >= L'a' && character <= L'f') return character - L'a' + 10;
@@ -15,7 +15,7 @@ constexpr int HexDigitValue(wchar_t character) noexcept {
     return -1;
 }
 
-/// How many digits the text begins with.
+// How many digits the text begins with.
 constexpr size_t CountHexDigits(std::wstring_view text) noexcept {
     size_t count = 0;
     while (count < text.size() && HexDigitValue(text[count]) >= 0)
@@ -23,8 +23,8 @@ constexpr size_t CountHexDigits(std::wstring_view text) noexcept {
     return count;
 }
 
-/// The value of the digits that the text begins with, modulo 2^32; 0 without any. There are no prefixes:
-/// "0x1F" is 0.
+// The value of the digits that the text begins with, modulo 2^32; 0 without any. There are no prefixes:
+// "0x1F" is 0.
 constexpr uint32_t ParseHex(std::wstring_view text) noexcept {
     uint32_t value = 0;
     for (const wchar_t digit : text.substr(0, CountHexDigits(text))) {
@@ -33,7 +33,7 @@ constexpr uint32_t ParseHex(std::wstring_view text) noexcept {
     return value;
 }
 
-/// Writes the word's four bytes, the lowest first, as eight upper-case digits.
+// Writes the word's four bytes, the lowest first, as eight upper-case digits.
 constexpr void PutHexBytes(uint32_t word, wchar_t* out) noexcept {
     constexpr wchar_t kDigits[] = L"0123456789ABCDEF";
     for (int byte = 0; byte < 4; ++byte, word >>= 8) {

@@ -24,7 +24,7 @@ QV_AVX2 inline uint32_t LaneBits(__m256i equal) noexcept {
     return static_cast<uint32_t>(_mm256_movemask_ps(_mm256_castsi256_ps(equal)));
 }
 
-/// What a place must show before the whole of the searched text is compared with it.
+// What a place must show before the whole of the searched text is compared with it.
 struct Probe {
     std::wstring_view searched;
     __m256i first;
@@ -37,8 +37,8 @@ struct Probe {
         return _mm256_cmpeq_epi32(Load(place), first);
     }
 
-    /// The first occurrence at one of the eight places from `place` on; `equal` tells where the first
-    /// character is.
+    // The first occurrence at one of the eight places from `place` on; `equal` tells where the first
+    // character is.
     QV_AVX2 const wchar_t* Among(const wchar_t* place, __m256i equal) const noexcept {
         const __m256i ends = _mm256_cmpeq_epi32(Load(place + searched.size() - 1), last);
         for (uint32_t bits = LaneBits(_mm256_and_si256(equal, ends)); bits != 0; bits &= bits - 1) {

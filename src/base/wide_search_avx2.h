@@ -1,3 +1,4 @@
+// The searches of wide_search.h, eight places at a time.
 #pragma once
 
 #include <string_view>
@@ -10,7 +11,7 @@ inline constexpr bool kBuilt = true;
 inline constexpr bool kBuilt = false;
 #endif
 
-/// Whether this processor runs the functions below.
+// Whether this processor runs the functions below.
 inline bool IsSupported() noexcept {
 #if defined(__x86_64__) || defined(__i386__)
     return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi");
@@ -19,7 +20,7 @@ inline bool IsSupported() noexcept {
 #endif
 }
 
-/// The first occurrence of `searched`, which is not empty, in [text, end), or null.
+// The first occurrence of `searched`, which is not empty, in [text, end), or null.
 const wchar_t* FindText(const wchar_t* text, const wchar_t* end, std::wstring_view searched) noexcept;
 
 }  // namespace qv::avx2

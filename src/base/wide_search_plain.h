@@ -1,17 +1,17 @@
+// The search of wide_search.h in portable code: the path of processors without vectors, and the measure of
+// the others. It takes the text from the place where the search starts; `searched` is not empty.
 #pragma once
 
 #include <cwchar>
 #include <string_view>
 
-/// The searches of wide_search.h in portable code: the path of processors without vectors, and the measure of
-/// the others. Both take the text from the place where the search starts; `searched` is not empty.
 namespace qv::plain {
 
 inline bool StartsWith(const wchar_t* place, std::wstring_view searched) noexcept {
     return std::wmemcmp(place, searched.data(), searched.size()) == 0;
 }
 
-/// The first occurrence in [text, end), or null.
+// The first occurrence in [text, end), or null.
 inline const wchar_t* FindText(const wchar_t* text, const wchar_t* end, std::wstring_view searched) noexcept {
     const size_t size = searched.size();
     while (static_cast<size_t>(end - text) >= size) {

@@ -1,3 +1,6 @@
+// A growable text of wide characters, always allocated and always followed by a terminating 0. Short texts
+// lie inside the object, so that a short string object is a single allocation. Every operation that throws
+// (std::bad_alloc, std::length_error) leaves the text as it was. Arguments may be views of the text itself.
 #pragma once
 
 #include <algorithm>
@@ -8,15 +11,12 @@
 
 namespace qv {
 
-/// A growable text of wide characters, always allocated and always followed by a terminating 0. Short texts
-/// lie inside the object, so that a short string object is a single allocation. Every operation that throws
-/// (std::bad_alloc, std::length_error) leaves the text as it was. Arguments may be views of the text itself.
 class WideText final {
 public:
-    /// With it a string object takes a block of 128 bytes: long enough for most names and words.
+    // With it a string object takes a block of 128 bytes: long enough for most names and words.
     static constexpr size_t kInlineCapacity = 21;
 
-    /// Fewer than 2^32 characters, and fewer bytes than pointers can span.
+    // Fewer than 2^32 characters, and fewer bytes than pointers can span.
     static constexpr size_t kMaxLength = std::min<uint64_t>(0xFFFFFFFFu, PTRDIFF_MAX / sizeof(wchar_t) - 1);
 
     WideText() noexcept { Terminate(0); }
@@ -32,16 +32,16 @@ public:
     [[nodiscard]] size_t Capacity() const noexcept { return capacity_; }
     [[nodiscard]] std::wstring_view View() const noexcept { return {data_, length_}; }
 
-    /// The characters for writing in place; the length stays.
+    // The characters for writing in place; the length stays.
     [[nodiscard]] wchar_t* MutableData() noexcept { return data_; }
 
-    /// Makes room for a text of `length` characters in all, exactly; a text that has the room stays.
+    // Makes room for a text of `length` characters in all, exactly; a text that has the room stays.
     void Reserve(size_t length) {
         if (length > capacity_) Reallocate(length);
     }
 
-    /// Room for `count` more characters, uninitialised, behind the text; valid until the next change.
-    /// TakeRoom makes the first characters written there a part of the text.
+    // Room for `count` more characters, uninitialised, behind the text; valid until the next change.
+    // TakeRoom makes the first characters written there a part of the text.
     [[nodiscard]] wchar_t* AppendRoom(size_t count) {
         if (count > size_t{capacity_} - length_) Grow(count);
         return data_ + length_;
@@ -54,13 +54,13 @@ public:
         Terminate(length_ + text.size());
     }
 
-    /// Keeps the first `length` characters; `length` must not exceed the length.
+    // Keeps the first `length` characters; `length` must not exceed the length.
     void Truncate(size_t length) noexcept { Terminate(length); }
 
-    /// Removes up to `count` characters from `location` on. Beyond the end there is nothing to remove.
+    // Removes up to `count` characters from `location` on. Beyond the end there is nothing to remove.
     void Erase(size_t location, size_t count) noexcept;
 
-    /// Replaces up to `count` characters from `location` on, which must not lie beyond the end.
+    // Replaces up to `count` characters from `location` on, which must not lie beyond the end.
     void Replace(size_t location, size_t count, std::wstring_view text);
 
 private:

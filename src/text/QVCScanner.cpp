@@ -11,7 +11,7 @@
 
 namespace {
 
-/// The set that a C text stands for: null is empty.
+// The set that a C text stands for: null is empty.
 std::wstring_view SetOf(const wchar_t* characters) {
     return characters ? std::wstring_view(characters) : std::wstring_view();
 }
@@ -44,7 +44,11 @@ bool QVCScanner::ScanUpToCharacters(const wchar_t* characters, void** out) {
     if (remaining.empty()) return false;
     // The delimiter belongs to the piece.
     const size_t length = std::min(remaining.find_first_of(SetOf(characters)), remaining.size() - 1) + 1;
-    if (out && !(*out = QVTEMPOBJ(CreatePiece(length)))) return false;
+    if (out) {
+        void* piece = CreatePiece(length);
+        *out = piece ? QVTEMPOBJ(piece) : nullptr;
+        if (!*out) return false;
+    }
     marker_ += static_cast<int>(length);
     return true;
 }
@@ -54,7 +58,10 @@ bool QVCScanner::ScanUpToNotCharacters(const wchar_t* characters, void** out) {
     const std::wstring_view remaining = Remaining();
     const size_t length = std::min(remaining.find_first_not_of(SetOf(characters)), remaining.size());
     if (length == 0) return false;
-    if (out && !(*out = CreatePiece(length))) return false;
+    if (out) {
+        *out = CreatePiece(length);
+        if (!*out) return false;
+    }
     marker_ += static_cast<int>(length);
     return true;
 }
@@ -67,7 +74,7 @@ bool QVCScanner::ScanHexUInt(unsigned int* out) {
     return length > 0;
 }
 
-/// The characters from the marker on, as far as the marker reaches.
+// The characters from the marker on, as far as the marker reaches.
 std::wstring_view QVCScanner::Remaining() const {
     constexpr unsigned long kMost = std::numeric_limits<int>::max();
     const unsigned long length = std::min(GetLength(), kMost);

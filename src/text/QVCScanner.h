@@ -1,3 +1,4 @@
+// The scanner object. Pieces are cut with the string's own functions; `out` may be null, then none is made.
 #pragma once
 
 #include <cstdint>
@@ -8,18 +9,17 @@
 #include "runtime/Owned.h"
 #include "runtime/QVCBase.h"
 
-/// The scanner object. Pieces are cut with the string's own functions; `out` may be null, then none is made.
 class QVCScanner final : public QVCBase {
 public:
     QVCScanner() noexcept = default;
 
     [[nodiscard]] std::uint16_t GetTypeID() const override { return QVTypeIDScanner; }
 
-    /// Takes a reference to the string, which may be null, and goes to its start, also when it is the same
-    /// one.
+    // Takes a reference to the string, which may be null, and goes to its start, even when it is the same
+    // one.
     void SetString(void* string);
 
-    /// Answers the string's length.
+    // Answers the string's length.
     int SetMarker(int mode, int offset);
     [[nodiscard]] int GetMarker() const { return marker_; }
     [[nodiscard]] unsigned long GetLength() const;

@@ -13,13 +13,14 @@ using qv::With;
 
 namespace {
 
-/// A new string's way to the caller's temporary pool.
+// A new string's way to the caller's temporary pool.
 template <class CreateString>
 void* Temporary(void* string, CreateString createString) {
-    return QVTEMPOBJ(With<QVStringImpl, void*>(string, nullptr, createString));
+    void* created = With<QVStringImpl, void*>(string, nullptr, createString);
+    return created ? QVTEMPOBJ(created) : nullptr;
 }
 
-/// -1, 0 or 1 when one of the handles is null (null stands below every string), else what `compare` says.
+// -1, 0 or 1 when one of the handles is null (null stands below every string), else what `compare` says.
 template <class CompareStrings>
 int Ordered(void* string1, void* string2, CompareStrings compare) {
     if (!string1 || !string2) return (string1 ? 1 : 0) - (string2 ? 1 : 0);

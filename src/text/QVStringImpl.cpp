@@ -28,7 +28,7 @@ std::wstring_view TextOf(void* string) {
     return {object->GetBuffer(), object->GetLength()};
 }
 
-/// The handle of a new string that holds what `makeText` returns, or null and a log line.
+// The handle of a new string that holds what `makeText` returns, or null and a log line.
 template <class MakeText>
 void* CreateString(MakeText makeText,
                    const wchar_t* failureMessage = L"Couldn't allocate the instance of the QVString.") {
@@ -37,7 +37,7 @@ void* CreateString(MakeText makeText,
     return string;
 }
 
-/// The same for copies, where running out of memory for the text has a message of its own.
+// The same for copies, where running out of memory for the text has a message of its own.
 void* CreateCopyOf(std::wstring_view text) {
     std::optional<WideText> copy;
     qv::Guard([&] { copy.emplace(text); });
@@ -114,7 +114,8 @@ void* QVStringImpl::CreateWithHashValue128(const QVHashValue128& value) {
 
 void* QVStringImpl::GetLineBreakString(QVLineBreakType type) {
     const std::wstring_view text = qv::LineBreakText(type);
-    return text.empty() ? nullptr : QVTEMPOBJ(CreateWithText(text));
+    void* string = text.empty() ? nullptr : CreateWithText(text);
+    return string ? QVTEMPOBJ(string) : nullptr;
 }
 
 wchar_t QVStringImpl::GetCharacterAtIndex(unsigned long index) const {

@@ -1,3 +1,6 @@
+// The string object: the rules of its operations. Members whose names begin with Create give a new string's
+// handle, or null after the log line that QVString.h names. Members that change the string throw when memory
+// runs out and have then changed nothing. Handles of other strings must not be null.
 #pragma once
 
 #include <concepts>
@@ -9,21 +12,18 @@
 #include "base/wide_text.h"
 #include "runtime/QVCBase.h"
 
-/// The string object: the rules of its operations. Members whose names begin with Create give a new string's
-/// handle, or null after the log line that QVString.h names. Members that change the string throw when memory
-/// runs out and have then changed nothing. Handles of other strings must not be null.
 class QVStringImpl final : public QVCBase {
 public:
-    /// Holds what `makeText` returns, made in place; what that throws ends the construction.
+    // Holds what `makeText` returns, made in place; what that throws ends the construction.
     template <std::invocable MakeText>
     explicit QVStringImpl(MakeText&& makeText) : text_(makeText()) {}
 
-    /// From UTF-8; empty when the bytes are not valid.
+    // From UTF-8; empty when the bytes are not valid.
     static void* CreateWithUtf8(std::string_view bytes);
     static void* CreateWithText(std::wstring_view text);
     static void* CreateWithHashValue128(const QVHashValue128& value);
 
-    /// The break's characters as a temporary string; null for types other than the four breaks.
+    // The break's characters as a temporary string; null for types other than the four breaks.
     static void* GetLineBreakString(QVLineBreakType type);
 
     [[nodiscard]] std::uint16_t GetTypeID() const override { return QVTypeIDString; }
