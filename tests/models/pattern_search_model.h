@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+/// The pattern search's own walk, step by step.
+namespace qv::model {
+
+std::optional<size_t> SearchPattern(const std::vector<uint8_t>& text, const std::vector<uint8_t>& pattern);
+
+}  // namespace qv::model
