@@ -5,13 +5,16 @@
 #define QVFOUNDATION_QVFOUNDATION_H
 
 #include <QVFoundation/QVAdditions.h>
-#include <QVFoundation/QVDate.h>
 #include <QVFoundation/QVArray.h>
+#include <QVFoundation/QVBlockTransform.h>
 #include <QVFoundation/QVData.h>
+#include <QVFoundation/QVDate.h>
 #include <QVFoundation/QVEnumerator.h>
 #include <QVFoundation/QVHashValue.h>
 #include <QVFoundation/QVLibrary.h>
 #include <QVFoundation/QVObject.h>
+#include <QVFoundation/QVPatternSearch.h>
+#include <QVFoundation/QVRingList.h>
 #include <QVFoundation/QVScanner.h>
 #include <QVFoundation/QVString.h>
 #include <QVFoundation/QVTemporaryObjectsPool.h>

@@ -40,7 +40,8 @@ void Repeat(uint8_t* out, size_t period, size_t size) {
 template <class Place>
 std::array<Place, 256> CountSmaller(const uint8_t* in, size_t size) {
     std::array<Place, 256> places{};
-    for (size_t i = 0; i < size; ++i) ++places[in[i]];
+    for (size_t i = 0; i < size; ++i)
+        ++places[in[i]];
     Place sum = 0;
     for (Place& place : places) {
         const Place count = place;
@@ -56,7 +57,8 @@ template <class Link>
 void Decode(const uint8_t* in, size_t size, size_t primaryIndex, uint8_t* out) {
     const std::unique_ptr<Link[]> links = AllocateUnset<Link>(size);
     std::array<Link, 256> places = CountSmaller<Link>(in, size);
-    for (size_t i = 0; i < size; ++i) links[places[in[i]]++] = static_cast<Link>(static_cast<Link>(i) << 8 | in[i]);
+    for (size_t i = 0; i < size; ++i)
+        links[places[in[i]]++] = static_cast<Link>(static_cast<Link>(i) << 8 | in[i]);
     out[0] = in[primaryIndex];
     size_t place = primaryIndex;
     for (size_t k = 1; k < size; ++k) {
@@ -73,16 +75,18 @@ void Decode(const uint8_t* in, size_t size, size_t primaryIndex, uint8_t* out) {
 }  // namespace
 
 std::optional<size_t> EncodeBlockTransform(const uint8_t* in, size_t size, uint8_t* out) {
-    const std::unique_ptr<int32_t[]> words = AllocateUnset<int32_t>(size, kIntrosortPadding);
     if (size == 0) return std::nullopt;
+    const std::unique_ptr<int32_t[]> words = AllocateUnset<int32_t>(size, kIntrosortPadding);
     words[0] = MakeWord(in[0], in[size - 1]);
-    for (size_t i = 1; i < size; ++i) words[i] = MakeWord(in[i], in[i - 1]);
+    for (size_t i = 1; i < size; ++i)
+        words[i] = MakeWord(in[i], in[i - 1]);
     if (size > 1) words[1] |= kIsRotationOne;
     std::fill_n(&words[size], kIntrosortPadding, 0);
 
     Introsort(words.get(), size);
 
-    for (size_t i = 0; i < size; ++i) out[i] = static_cast<uint8_t>(words[i]);
+    for (size_t i = 0; i < size; ++i)
+        out[i] = static_cast<uint8_t>(words[i]);
     const auto primary =
         std::find_if(&words[0], &words[size], [](int32_t word) { return (word & kIsRotationOne) != 0; });
     if (primary == &words[size]) return std::nullopt;
@@ -91,8 +95,10 @@ std::optional<size_t> EncodeBlockTransform(const uint8_t* in, size_t size, uint8
 
 void DecodeBlockTransform(const uint8_t* in, size_t size, size_t primaryIndex, uint8_t* out) {
     if (size == 0) return;
-    if (size <= size_t{1} << 24) Decode<uint32_t>(in, size, primaryIndex, out);
-    else Decode<uint64_t>(in, size, primaryIndex, out);
+    if (size <= size_t{1} << 24)
+        Decode<uint32_t>(in, size, primaryIndex, out);
+    else
+        Decode<uint64_t>(in, size, primaryIndex, out);
 }
 
 }  // namespace qv
