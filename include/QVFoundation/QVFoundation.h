@@ -6,6 +6,7 @@
 
 #include <QVFoundation/QVAdditions.h>
 #include <QVFoundation/QVArray.h>
+#include <QVFoundation/QVBase64.h>
 #include <QVFoundation/QVBlockTransform.h>
 #include <QVFoundation/QVData.h>
 #include <QVFoundation/QVDate.h>

@@ -14,7 +14,8 @@ constexpr uint8_t kInvalid = 0xFF;
 constexpr std::array<uint8_t, 256> kValues = [] {
     std::array<uint8_t, 256> values{};
     values.fill(kInvalid);
-    for (uint8_t i = 0; i < 64; ++i) values[static_cast<uint8_t>(kBase64Alphabet[i])] = i;
+    for (uint8_t i = 0; i < 64; ++i)
+        values[static_cast<uint8_t>(kBase64Alphabet[i])] = i;
     values['='] = kEnd;
     return values;
 }();
@@ -77,15 +78,17 @@ void EncodeBase64(const uint8_t* in, size_t size, char* out) {
 void EncodeBase64(const uint8_t* in, size_t size, char* out, const Base64Vectors& vectors) {
     size_t done = vectors.encode(in, size, out);
     out += done / 3 * 4;
-    for (; size - done >= 3; done += 3, out += 4) EncodeGroup(in + done, out);
+    for (; size - done >= 3; done += 3, out += 4)
+        EncodeGroup(in + done, out);
     if (size != done) EncodeRest(in + done, size - done, out);
 }
 
-std::optional<Base64Decoded> DecodeBase64(const char* text, size_t length, uint8_t* out) {
+std::optional<size_t> DecodeBase64(const char* text, size_t length, uint8_t* out) {
     return DecodeBase64(text, length, out, length < kVectorsFrom ? kBase64Plain : GetBase64Vectors());
 }
 
-std::optional<Base64Decoded> DecodeBase64(const char* text, size_t length, uint8_t* out, const Base64Vectors& vectors) {
+std::optional<size_t> DecodeBase64(const char* text, size_t length, uint8_t* out,
+                                   const Base64Vectors& vectors) {
     size_t done = vectors.decode(text, length, out);
     uint8_t* to = out + done / 4 * 3;
     while (length - done >= 4 && DecodeGroup(text + done, to)) {
@@ -103,7 +106,7 @@ std::optional<Base64Decoded> DecodeBase64(const char* text, size_t length, uint8
     }
     if (count >= 2) *to++ = static_cast<uint8_t>(bits >> 16);
     if (count >= 3) *to++ = static_cast<uint8_t>(bits >> 8);
-    return Base64Decoded{static_cast<size_t>(to - out), done < length};
+    return static_cast<size_t>(to - out);
 }
 
 }  // namespace qv

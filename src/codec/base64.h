@@ -24,15 +24,10 @@ constexpr uint64_t Base64DecodedRoom(uint64_t length) {
 /// Writes the text of in[0 .. size - 1] and its padding, Base64EncodedSize(size) characters.
 void EncodeBase64(const uint8_t* in, size_t size, char* out);
 
-struct Base64Decoded {
-    size_t size;    ///< bytes written
-    bool foundEnd;  ///< an "=" ended the text
-};
-
 /// Decodes text[0 .. length - 1], or what stands before the first "=", into room for
-/// Base64DecodedRoom(length) bytes. Bits that do not fill a byte are dropped. Nothing when a character is
-/// not of the alphabet; the room then holds unspecified bytes.
-std::optional<Base64Decoded> DecodeBase64(const char* text, size_t length, uint8_t* out);
+/// Base64DecodedRoom(length) bytes, and answers how many they are. Bits that do not fill a byte are dropped.
+/// Nothing when a character is not of the alphabet; the room then holds unspecified bytes.
+std::optional<size_t> DecodeBase64(const char* text, size_t length, uint8_t* out);
 
 /// The part of the work that goes in whole vectors. Both functions begin at the start, go as far as they can
 /// and return how much of their input is done: whole groups of 3 bytes or 4 characters. Decoding stops before
@@ -44,7 +39,8 @@ struct Base64Vectors {
 
 /// The functions above with given vectors, for tests of each processor's path.
 void EncodeBase64(const uint8_t* in, size_t size, char* out, const Base64Vectors& vectors);
-std::optional<Base64Decoded> DecodeBase64(const char* text, size_t length, uint8_t* out, const Base64Vectors& vectors);
+std::optional<size_t> DecodeBase64(const char* text, size_t length, uint8_t* out,
+                                   const Base64Vectors& vectors);
 
 /// The best of the following for this processor.
 const Base64Vectors& GetBase64Vectors() noexcept;

@@ -102,6 +102,7 @@ TEST(QVBWT, ReportsThatThereIsNoMemory) {
     Bytes out(in.size());
     unsigned long primary = 0;
     std::vector<int> results;
+    results.reserve(4);
     EXPECT_EQ(qvtest::FailEachAllocation(
                   [&] { results.push_back(QVBWTEncode(out.data(), &primary, in.data(), in.size())); }),
               1U);
