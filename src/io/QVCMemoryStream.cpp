@@ -1,0 +1,51 @@
+#include "io/QVCMemoryStream.h"
+
+#include <QVFoundation/QVData.h>
+#include <QVFoundation/QVObject.h>
+
+#include <algorithm>
+
+std::uint16_t QVCMemoryStream::GetTypeID() const { return QVTypeIDUnregistered; }
+
+int QVCMemoryStream::GetBytes(void* buffer, unsigned long size, unsigned long* done, bool exact) {
+    if (buffer == nullptr && size > 0) return QVErrParam;
+    unsigned long count = 0;
+    QVDataGetBytes(store_.Get(), buffer, static_cast<unsigned long>(base_), size, &count);
+    base_ += static_cast<std::int64_t>(count);
+    if (done != nullptr) *done = count;
+    return exact && count < size ? int{QVErrReadShort} : int{QVNoErr};
+}
+
+int QVCMemoryStream::PutBytes(const void* buffer, unsigned long size, unsigned long* done, bool exact) {
+    if (buffer == nullptr && size > 0) return QVErrParam;
+    unsigned long count = 0;
+    int code = QVNoErr;
+    if (size > 0) {
+        const unsigned long dataSize = QVDataGetSize(store_.Get());
+        // The Data may have become shorter since.
+        const unsigned long start = std::min(static_cast<unsigned long>(base_), dataSize);
+        const bool isPut = QVDataSetBytes(store_.Get(), buffer, start, size) != 0;
+        // Data that cannot grow still takes what lies in place, unless it is read-only.
+        const bool isWritable = QVDataGetMutableBuffer(store_.Get()) != nullptr;
+        count = isPut ? size : isWritable ? std::min(dataSize - start, size) : 0;
+        if (!isPut) code = QVErrMemory;
+        base_ = static_cast<std::int64_t>(start + count);
+    }
+    if (done != nullptr) *done = count;
+    if (code != QVNoErr) return code;
+    return exact && count != size ? int{QVErrWriteShort} : int{QVNoErr};
+}
+
+void QVCMemoryStream::SetMarker(int origin, long long offset) {
+    const auto size = static_cast<std::int64_t>(GetSize());
+    std::int64_t start = 0;
+    if (origin == 1) start = size;
+    if (origin == 2) start = base_;
+    std::int64_t target = 0;
+    if (__builtin_add_overflow(start, offset, &target)) target = size;
+    base_ = std::clamp<std::int64_t>(target, 0, size);
+}
+
+int QVCMemoryStream::Flush() { return QVNoErr; }
+
+unsigned long long QVCMemoryStream::GetSize() const { return QVDataGetSize(store_.Get()); }
