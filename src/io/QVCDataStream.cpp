@@ -1,9 +1,9 @@
 #include "io/QVCDataStream.h"
 
+#include <algorithm>
+
 #include <QVFoundation/QVData.h>
 #include <QVFoundation/QVObject.h>
-
-#include <algorithm>
 
 namespace {
 
@@ -13,9 +13,13 @@ void Store(unsigned long* done, unsigned long count) {
 
 }  // namespace
 
-QVCDataStream::QVCDataStream(void* data) : QVStreamImpl(data) { Buffering(); }
+QVCDataStream::QVCDataStream(void* data) : QVStreamImpl(data) {
+    Buffering();
+}
 
-std::uint16_t QVCDataStream::GetTypeID() const { return QVTypeIDDataStream; }
+std::uint16_t QVCDataStream::GetTypeID() const {
+    return QVTypeIDDataStream;
+}
 
 // With Data attached the buffer stays as it is, so that it only ever holds bytes put through it.
 void QVCDataStream::Buffering() {
@@ -34,7 +38,8 @@ int QVCDataStream::GetBytes(void* buffer, unsigned long size, unsigned long* don
     const unsigned long buffered = GetFromBuffer(buffer, size);
     unsigned long count = buffered;
     if (count < size) {
-        // Only as much again as the buffer gave is asked of the Data, and never more than the caller has room for.
+        // Only as much again as the buffer gave is asked of the Data, and never more than the caller has room
+        // for.
         unsigned long direct = 0;
         QVDataGetBytes(store_.Get(), static_cast<std::byte*>(buffer) + count, BaseOffset(),
                        std::min(buffered, size - count), &direct);
@@ -60,7 +65,8 @@ int QVCDataStream::PutBytes(const void* buffer, unsigned long size, unsigned lon
         const unsigned long dataSize = QVDataGetSize(store_.Get());
         const unsigned long room = dataSize > BaseOffset() ? dataSize - BaseOffset() : 0;
         const unsigned long direct = std::min(size - count, room);
-        if (QVDataSetBytes(store_.Get(), static_cast<const std::byte*>(buffer) + count, BaseOffset(), direct) != 0) {
+        if (QVDataSetBytes(store_.Get(), static_cast<const std::byte*>(buffer) + count, BaseOffset(),
+                           direct) != 0) {
             base_ += static_cast<std::int64_t>(direct);
             count += direct;
         } else {
@@ -87,7 +93,9 @@ void QVCDataStream::SetMarker(int origin, long long offset) {
     Buffering();
 }
 
-long long QVCDataStream::GetMarker() const { return base_ + position_; }
+long long QVCDataStream::GetMarker() const {
+    return base_ + position_;
+}
 
 int QVCDataStream::Flush() {
     if (!store_ || length_ == 0) return 0;
@@ -95,7 +103,9 @@ int QVCDataStream::Flush() {
     return QVDataSetBytes(store_.Get(), buffer_.get(), BaseOffset(), length_);
 }
 
-unsigned long long QVCDataStream::GetSize() const { return QVDataGetSize(store_.Get()); }
+unsigned long long QVCDataStream::GetSize() const {
+    return QVDataGetSize(store_.Get());
+}
 
 void QVCDataStream::SetData(void* data) {
     if (data != store_.Get()) {

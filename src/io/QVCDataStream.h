@@ -1,5 +1,5 @@
-// The data stream. It carries up to one buffer of bytes into a Data object; its rules are fixed as they are, and not those
-// of a general stream over Data (that is QVCMemoryStream).
+// The data stream. It carries up to one buffer of bytes into a Data object; its rules are fixed as they are,
+// and not those of a general stream over Data (that is QVCMemoryStream).
 #pragma once
 
 #include "io/QVStreamImpl.h"

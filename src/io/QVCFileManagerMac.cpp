@@ -1,11 +1,11 @@
 #include "io/QVCFileManagerMac.h"
 
+#include <optional>
+#include <string>
+
 #include <QVFoundation/QVArray.h>
 #include <QVFoundation/QVScanner.h>
 #include <QVFoundation/QVString.h>
-
-#include <optional>
-#include <string>
 
 #include "io/file_codes.h"
 #include "io/items.h"
@@ -45,7 +45,9 @@ void* CreateWithoutSeparator(void* piece) {
 
 }  // namespace
 
-std::uint16_t QVCFileManagerMac::GetTypeID() const { return QVTypeIDFileManager; }
+std::uint16_t QVCFileManagerMac::GetTypeID() const {
+    return QVTypeIDFileManager;
+}
 
 bool QVCFileManagerMac::IsExistsAtPath(void* path) {
     ItemInfo info;
@@ -101,4 +103,6 @@ int QVCFileManagerMac::CopyItem(void* source, void* destination) {
     return ManagerCode(qv::CopyItem(*from, *to));
 }
 
-int QVCFileManagerMac::EncodeToXML(void*) { return QVNoErr; }
+int QVCFileManagerMac::EncodeToXML(void*) {
+    return QVNoErr;
+}

@@ -1,5 +1,5 @@
-// The file manager of the platform's file system. Named after the first platform it was written for; everything that
-// differs between systems lies behind platform/file_system.h.
+// The file manager of the platform's file system. Named after the first platform it was written for;
+// everything that differs between systems lies behind platform/file_system.h.
 #pragma once
 
 #include <cstdint>
@@ -18,6 +18,7 @@ public:
     int EncodeToXML(void* node) override;
 
 private:
-    // A new array of the path's components, without their separators. Leaves pieces in the top temporary pool.
+    // A new array of the path's components, without their separators. Leaves pieces in the top temporary
+    // pool.
     [[nodiscard]] static void* TokenizePathComponents(void* path);
 };

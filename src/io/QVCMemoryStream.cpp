@@ -1,11 +1,13 @@
 #include "io/QVCMemoryStream.h"
 
+#include <algorithm>
+
 #include <QVFoundation/QVData.h>
 #include <QVFoundation/QVObject.h>
 
-#include <algorithm>
-
-std::uint16_t QVCMemoryStream::GetTypeID() const { return QVTypeIDUnregistered; }
+std::uint16_t QVCMemoryStream::GetTypeID() const {
+    return QVTypeIDUnregistered;
+}
 
 int QVCMemoryStream::GetBytes(void* buffer, unsigned long size, unsigned long* done, bool exact) {
     if (buffer == nullptr && size > 0) return QVErrParam;
@@ -46,6 +48,10 @@ void QVCMemoryStream::SetMarker(int origin, long long offset) {
     base_ = std::clamp<std::int64_t>(target, 0, size);
 }
 
-int QVCMemoryStream::Flush() { return QVNoErr; }
+int QVCMemoryStream::Flush() {
+    return QVNoErr;
+}
 
-unsigned long long QVCMemoryStream::GetSize() const { return QVDataGetSize(store_.Get()); }
+unsigned long long QVCMemoryStream::GetSize() const {
+    return QVDataGetSize(store_.Get());
+}

@@ -1,5 +1,5 @@
-// A stream over Data that reads, overwrites in place and grows at the end. It has no buffer: what is put is in the Data
-// when the call returns, and what others do to the Data meanwhile is seen.
+// A stream over Data that reads, overwrites in place and grows at the end. It has no buffer: what is put is
+// in the Data when the call returns, and what others do to the Data meanwhile is seen.
 #pragma once
 
 #include "io/QVStreamImpl.h"

@@ -39,7 +39,8 @@ int QVFileSetPath(void* file, void* path) noexcept {
 }
 
 void* QVFileGetPath(void* file) noexcept {
-    return With<QVFileImpl>(file, static_cast<void*>(nullptr), [](const QVFileImpl& f) { return f.GetPath(); });
+    return With<QVFileImpl>(file, static_cast<void*>(nullptr),
+                            [](const QVFileImpl& f) { return f.GetPath(); });
 }
 
 int QVFileOpenForReading(void* file) noexcept {
@@ -58,7 +59,8 @@ unsigned long long QVFileGetMarker(void* file) noexcept {
     return With<QVFileImpl>(file, 0ULL, [](const QVFileImpl& f) { return f.GetMarker(); });
 }
 
-int QVFileReadBytes(void* file, void* buffer, unsigned long size, unsigned long* done, QVBoolean exact) noexcept {
+int QVFileReadBytes(void* file, void* buffer, unsigned long size, unsigned long* done,
+                    QVBoolean exact) noexcept {
     return WithFile(file, [&](QVFileImpl& f) { return f.ReadBytes(buffer, size, done, exact != 0); });
 }
 
@@ -87,6 +89,10 @@ int QVFileDelete(void* file, QVBoolean toTrash) noexcept {
     return WithFile(file, [&](QVFileImpl& f) { return f.Delete(toTrash != 0); });
 }
 
-void* QVFileCreateTemporary(void* path) noexcept { return CreateWithUniquePath(path, true); }
+void* QVFileCreateTemporary(void* path) noexcept {
+    return CreateWithUniquePath(path, true);
+}
 
-void* QVFileCreateUnique(void* path) noexcept { return CreateWithUniquePath(path, false); }
+void* QVFileCreateUnique(void* path) noexcept {
+    return CreateWithUniquePath(path, false);
+}

@@ -26,6 +26,7 @@ public:
 
     // Whether the file is open, but for reading only.
     [[nodiscard]] virtual bool IsOpenForReading() const = 0;
-    // Whether nothing stood at the marker or behind it when this object last saw the file's end. Costs no system call.
+    // Whether nothing stood at the marker or behind it when this object last saw the file's end. Costs no
+    // system call.
     [[nodiscard]] virtual bool IsMarkerAtKnownEnd() const = 0;
 };

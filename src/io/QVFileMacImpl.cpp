@@ -1,10 +1,10 @@
 #include "io/QVFileMacImpl.h"
 
-#include <QVFoundation/QVString.h>
-
 #include <algorithm>
 #include <limits>
 #include <utility>
+
+#include <QVFoundation/QVString.h>
 
 #include "io/file_codes.h"
 #include "io/items.h"
@@ -21,7 +21,8 @@ using qv::LinkRule;
 
 namespace {
 
-// The n-th candidate for a name that nothing has yet: the path itself, then path.2, path.3, and so on. Temporary.
+// The n-th candidate for a name that nothing has yet: the path itself, then path.2, path.3, and so on.
+// Temporary.
 void* UniqueCandidate(void* path, std::uint32_t number) {
     if (number == 1) return path;
     const qv::Owned format(QVStringCreateWithWideString(L"%u"));
@@ -46,7 +47,9 @@ QVFileMacImpl::~QVFileMacImpl() {
     });
 }
 
-std::uint16_t QVFileMacImpl::GetTypeID() const { return QVTypeIDFile; }
+std::uint16_t QVFileMacImpl::GetTypeID() const {
+    return QVTypeIDFile;
+}
 
 int QVFileMacImpl::OpenForReading() {
     Close();
@@ -162,7 +165,9 @@ int QVFileMacImpl::SetMarker(int origin, long long offset) {
     return QVNoErr;
 }
 
-unsigned long long QVFileMacImpl::GetMarker() const { return IsOpen() ? marker_ : 0; }
+unsigned long long QVFileMacImpl::GetMarker() const {
+    return IsOpen() ? marker_ : 0;
+}
 
 int QVFileMacImpl::ReadBytes(void* buffer, unsigned long size, unsigned long* done, bool) {
     if (!IsOpen()) return QVErrFileNotFound;
@@ -253,7 +258,9 @@ int QVFileMacImpl::SetPathForUnique(void* path, bool temporary) {
     return QVErrPermission;
 }
 
-int QVFileMacImpl::EncodeToXML(void*) { return QVNoErr; }
+int QVFileMacImpl::EncodeToXML(void*) {
+    return QVNoErr;
+}
 
 // Another file may have taken the place of the one that was made here; that one is not ours to delete.
 bool QVFileMacImpl::IsCreationInPlace() const {

@@ -1,5 +1,5 @@
-// A file of the platform's file system. The class is named after the first platform it was written for; everything
-// that differs between systems lies behind platform/file_system.h.
+// A file of the platform's file system. The class is named after the first platform it was written for;
+// everything that differs between systems lies behind platform/file_system.h.
 #pragma once
 
 #include <cstdint>

@@ -9,8 +9,8 @@
 
 namespace {
 
-// The body's result code. Without the shared manager, or when an exception says so, memory has run out; the registry logs
-// why there is no manager.
+// The body's result code. Without the shared manager, or when an exception says so, memory has run out; the
+// registry logs why there is no manager.
 template <class Body>
 int WithManager(Body&& body) noexcept {
     void* manager = QVSingletonGetObject(qv::kSharedFileManagerKey);
@@ -19,12 +19,15 @@ int WithManager(Body&& body) noexcept {
 
 }  // namespace
 
-void* qv::CreateSharedFileManager() noexcept { return CreateObject<QVCFileManagerMac>(); }
+void* qv::CreateSharedFileManager() noexcept {
+    return CreateObject<QVCFileManagerMac>();
+}
 
 QVBoolean QVFileManagerIsExistsAtPath(void* path) noexcept {
     if (path == nullptr) return 0;
     void* manager = QVSingletonGetObject(qv::kSharedFileManagerKey);
-    return qv::With<QVCFileManager>(manager, QVBoolean{0}, [&](QVCFileManager& m) { return m.IsExistsAtPath(path); });
+    return qv::With<QVCFileManager>(manager, QVBoolean{0},
+                                    [&](QVCFileManager& m) { return m.IsExistsAtPath(path); });
 }
 
 int QVFileManagerMakeDirectory(void* path, QVBoolean intermediate) noexcept {

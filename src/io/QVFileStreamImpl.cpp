@@ -1,8 +1,8 @@
 #include "io/QVFileStreamImpl.h"
 
-#include <QVFoundation/QVObject.h>
-
 #include <utility>
+
+#include <QVFoundation/QVObject.h>
 
 #include "runtime/Handle.h"
 
@@ -19,9 +19,13 @@ QVFileStreamImpl::QVFileStreamImpl(void* file) : QVStreamImpl(file) {
     Buffering();
 }
 
-std::uint16_t QVFileStreamImpl::GetTypeID() const { return QVTypeIDFileStream; }
+std::uint16_t QVFileStreamImpl::GetTypeID() const {
+    return QVTypeIDFileStream;
+}
 
-QVFileImpl* QVFileStreamImpl::File() const { return qv::FromHandle<QVFileImpl>(store_.Get()); }
+QVFileImpl* QVFileStreamImpl::File() const {
+    return qv::FromHandle<QVFileImpl>(store_.Get());
+}
 
 // Refills the buffer from the file's marker on.
 void QVFileStreamImpl::Buffering() {
@@ -72,7 +76,8 @@ int QVFileStreamImpl::PutBytes(const void* buffer, unsigned long size, unsigned 
     if (position_ == kBufferSize && isDirty_) FlushBuffer();
     if (count < size) {
         unsigned long direct = 0;
-        code = File()->WriteBytes(static_cast<const std::byte*>(buffer) + count, size - count, &direct, exact);
+        code =
+            File()->WriteBytes(static_cast<const std::byte*>(buffer) + count, size - count, &direct, exact);
         if (code == QVNoErr) count += direct;
     }
     if (position_ == kBufferSize) RefillAfterPut();
@@ -94,7 +99,9 @@ void QVFileStreamImpl::SetMarker(int origin, long long offset) {
     Buffering();
 }
 
-long long QVFileStreamImpl::GetMarker() const { return File() == nullptr ? 0 : base_ + position_; }
+long long QVFileStreamImpl::GetMarker() const {
+    return File() == nullptr ? 0 : base_ + position_;
+}
 
 int QVFileStreamImpl::Flush() {
     if (File() == nullptr) return QVNoErr;
@@ -111,7 +118,8 @@ int QVFileStreamImpl::FlushBuffer() {
     return code;
 }
 
-// Leaves the file's marker just behind the buffer. The whole buffer is written, also the part that was only read.
+// Leaves the file's marker just behind the buffer. The whole buffer is written, also the part that was only
+// read.
 void QVFileStreamImpl::WriteBuffer() {
     if (File()->IsOpenForReading()) {
         File()->SetMarker(0, base_ + length_);
@@ -122,7 +130,9 @@ void QVFileStreamImpl::WriteBuffer() {
     if (code != QVNoErr && isDirty_ && lostWrite_ == 0) lostWrite_ = code;
 }
 
-unsigned long long QVFileStreamImpl::GetSize() const { return File() == nullptr ? 0 : File()->GetSize(); }
+unsigned long long QVFileStreamImpl::GetSize() const {
+    return File() == nullptr ? 0 : File()->GetSize();
+}
 
 int QVFileStreamImpl::SetFile(void* file) {
     if (file != store_.Get()) {

@@ -1,5 +1,6 @@
-// A stream over an open file. The buffer is a window on the file that moves on when it is used up; between two calls the
-// file's own marker stands just behind it. The steps are fixed, also where they surprise (see QVStream.h).
+// A stream over an open file. The buffer is a window on the file that moves on when it is used up; between
+// two calls the file's own marker stands just behind it. The steps are fixed, also where they surprise (see
+// QVStream.h).
 #pragma once
 
 #include "io/QVFileImpl.h"

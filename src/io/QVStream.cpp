@@ -42,13 +42,16 @@ void* QVStreamCreateWithData(void* data) noexcept {
     return data == nullptr ? nullptr : CreateObject<QVCDataStream>(data);
 }
 
-void* QVStreamCreateWithFile(void* file) noexcept { return CreateObject<QVFileStreamImpl>(file); }
+void* QVStreamCreateWithFile(void* file) noexcept {
+    return CreateObject<QVFileStreamImpl>(file);
+}
 
 void* QVStreamCreateWithMemory(void* data) noexcept {
     return data == nullptr ? nullptr : CreateObject<QVCMemoryStream>(data);
 }
 
-int QVStreamGetBytes(void* stream, void* buffer, unsigned long size, unsigned long* done, QVBoolean exact) noexcept {
+int QVStreamGetBytes(void* stream, void* buffer, unsigned long size, unsigned long* done,
+                     QVBoolean exact) noexcept {
     if (stream == nullptr) return QVErrParam;
     return Guard(int{QVErrMemory},
                  [&] { return FromHandle<QVStreamImpl>(stream)->GetBytes(buffer, size, done, exact != 0); });
@@ -78,24 +81,64 @@ unsigned long long QVStreamGetSize(void* stream) noexcept {
     return With<QVStreamImpl>(stream, 0ULL, [](const QVStreamImpl& s) { return s.GetSize(); });
 }
 
-int QVStreamPutUInt8(void* stream, unsigned char value) noexcept { return PutValue(stream, value); }
-int QVStreamPutSInt8(void* stream, signed char value) noexcept { return PutValue(stream, value); }
-int QVStreamPutUInt16(void* stream, unsigned short value) noexcept { return PutValue(stream, value); }
-int QVStreamPutSInt16(void* stream, short value) noexcept { return PutValue(stream, value); }
-int QVStreamPutUInt32(void* stream, unsigned int value) noexcept { return PutValue(stream, value); }
-int QVStreamPutSInt32(void* stream, int value) noexcept { return PutValue(stream, value); }
-int QVStreamPutUInt64(void* stream, unsigned long long value) noexcept { return PutValue(stream, value); }
-int QVStreamPutSInt64(void* stream, long long value) noexcept { return PutValue(stream, value); }
-int QVStreamPutFloat(void* stream, float value) noexcept { return PutValue(stream, value); }
-int QVStreamPutDouble(void* stream, double value) noexcept { return PutValue(stream, value); }
+int QVStreamPutUInt8(void* stream, unsigned char value) noexcept {
+    return PutValue(stream, value);
+}
+int QVStreamPutSInt8(void* stream, signed char value) noexcept {
+    return PutValue(stream, value);
+}
+int QVStreamPutUInt16(void* stream, unsigned short value) noexcept {
+    return PutValue(stream, value);
+}
+int QVStreamPutSInt16(void* stream, short value) noexcept {
+    return PutValue(stream, value);
+}
+int QVStreamPutUInt32(void* stream, unsigned int value) noexcept {
+    return PutValue(stream, value);
+}
+int QVStreamPutSInt32(void* stream, int value) noexcept {
+    return PutValue(stream, value);
+}
+int QVStreamPutUInt64(void* stream, unsigned long long value) noexcept {
+    return PutValue(stream, value);
+}
+int QVStreamPutSInt64(void* stream, long long value) noexcept {
+    return PutValue(stream, value);
+}
+int QVStreamPutFloat(void* stream, float value) noexcept {
+    return PutValue(stream, value);
+}
+int QVStreamPutDouble(void* stream, double value) noexcept {
+    return PutValue(stream, value);
+}
 
-int QVStreamGetUInt8(void* stream, unsigned char* value) noexcept { return GetValue(stream, value); }
-int QVStreamGetSInt8(void* stream, signed char* value) noexcept { return GetValue(stream, value); }
-int QVStreamGetUInt16(void* stream, unsigned short* value) noexcept { return GetValue(stream, value); }
-int QVStreamGetSInt16(void* stream, short* value) noexcept { return GetValue(stream, value); }
-int QVStreamGetUInt32(void* stream, unsigned int* value) noexcept { return GetValue(stream, value); }
-int QVStreamGetSInt32(void* stream, int* value) noexcept { return GetValue(stream, value); }
-int QVStreamGetUInt64(void* stream, unsigned long long* value) noexcept { return GetValue(stream, value); }
-int QVStreamGetSInt64(void* stream, long long* value) noexcept { return GetValue(stream, value); }
-int QVStreamGetFloat(void* stream, float* value) noexcept { return GetValue(stream, value); }
-int QVStreamGetDouble(void* stream, double* value) noexcept { return GetValue(stream, value); }
+int QVStreamGetUInt8(void* stream, unsigned char* value) noexcept {
+    return GetValue(stream, value);
+}
+int QVStreamGetSInt8(void* stream, signed char* value) noexcept {
+    return GetValue(stream, value);
+}
+int QVStreamGetUInt16(void* stream, unsigned short* value) noexcept {
+    return GetValue(stream, value);
+}
+int QVStreamGetSInt16(void* stream, short* value) noexcept {
+    return GetValue(stream, value);
+}
+int QVStreamGetUInt32(void* stream, unsigned int* value) noexcept {
+    return GetValue(stream, value);
+}
+int QVStreamGetSInt32(void* stream, int* value) noexcept {
+    return GetValue(stream, value);
+}
+int QVStreamGetUInt64(void* stream, unsigned long long* value) noexcept {
+    return GetValue(stream, value);
+}
+int QVStreamGetSInt64(void* stream, long long* value) noexcept {
+    return GetValue(stream, value);
+}
+int QVStreamGetFloat(void* stream, float* value) noexcept {
+    return GetValue(stream, value);
+}
+int QVStreamGetDouble(void* stream, double* value) noexcept {
+    return GetValue(stream, value);
+}

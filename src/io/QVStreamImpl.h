@@ -20,8 +20,8 @@ public:
     virtual int Flush() = 0;
     [[nodiscard]] virtual unsigned long long GetSize() const = 0;
 
-    // The common case of GetBytes and PutBytes, without a virtual call: the transfer ends inside the buffer, so nothing
-    // is to be flushed or refilled. False, and nothing done, in every other case.
+    // The common case of GetBytes and PutBytes, without a virtual call: the transfer ends inside the buffer,
+    // so nothing is to be flushed or refilled. False, and nothing done, in every other case.
     [[nodiscard]] bool GetInsideBuffer(void* to, unsigned long size) {
         if (length_ - position_ <= size || !store_) return false;
         std::memcpy(to, buffer_.get() + position_, size);
@@ -36,13 +36,14 @@ public:
     }
 
 protected:
-    // Each format's headers and tables fit into it, and it is well below a page; callers see its size in what a stream
-    // has written before it is flushed.
+    // Each format's headers and tables fit into it, and it is well below a page; callers see its size in what
+    // a stream has written before it is flushed.
     static constexpr std::uint32_t kBufferSize = 1024;
 
     // A buffered stream over a store, which is retained and may be null.
     explicit QVStreamImpl(void* store)
-        : store_(qv::Owned::Retaining(store)), buffer_(std::make_unique_for_overwrite<std::byte[]>(kBufferSize)) {}
+        : store_(qv::Owned::Retaining(store)),
+          buffer_(std::make_unique_for_overwrite<std::byte[]>(kBufferSize)) {}
 
     // A stream without a buffer: it is always used up and always full.
     struct Unbuffered {};

@@ -145,8 +145,8 @@ private:
         return FileError::kNone;
     }
 
-    // Attributes go on last and inside out: a directory may be read-only, and its time changes with each item made in it.
-    // Not every file system can keep them, which makes the copy no worse.
+    // Attributes go on last and inside out: a directory may be read-only, and its time changes with each item
+    // made in it. Not every file system can keep them, which makes the copy no worse.
     void Finish() {
         for (; !made_.empty(); made_.pop_back()) {
             const Copied& item = made_.back();

@@ -17,7 +17,9 @@ std::optional<std::string> PathBytes(std::wstring_view text) {
     return ToUtf8(text);
 }
 
-std::optional<std::string> PathBytes(void* string) { return PathBytes(CharactersOf(string)); }
+std::optional<std::string> PathBytes(void* string) {
+    return PathBytes(CharactersOf(string));
+}
 
 std::string_view LastComponent(std::string_view path) noexcept {
     if (path.ends_with('/')) path.remove_suffix(1);

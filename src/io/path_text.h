@@ -10,8 +10,8 @@ namespace qv {
 // All characters of a string, those behind an embedded 0 included; none for null.
 [[nodiscard]] std::wstring_view CharactersOf(void* string) noexcept;
 
-// The bytes of a path or name. Nothing when the text has an embedded 0 or no UTF-8 form, so that it never names
-// another file than the one that was meant.
+// The bytes of a path or name. Nothing when the text has an embedded 0 or no UTF-8 form, so that it never
+// names another file than the one that was meant.
 [[nodiscard]] std::optional<std::string> PathBytes(std::wstring_view text);
 [[nodiscard]] std::optional<std::string> PathBytes(void* string);
 

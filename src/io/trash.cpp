@@ -98,8 +98,8 @@ FileError FileSystemRoot(const std::string& place, std::string& root) {
     return error;
 }
 
-// The trash at the root of the item's file system. Others may be able to write there, so a directory that is not this
-// user's own is not trusted.
+// The trash at the root of the item's file system. Others may be able to write there, so a directory that is
+// not this user's own is not trusted.
 FileError OpenFileSystemTrash(const TrashedItem& item, Trash& trash) {
     FileError error = FileSystemRoot(item.original, trash.root);
     if (error != FileError::kNone) return error;
@@ -136,7 +136,8 @@ std::string Candidate(std::string_view name, int number) {
     return candidate += std::to_string(number);
 }
 
-// The info text is made first: making it claims the name. A name is free only when files/ does not have it either.
+// The info text is made first: making it claims the name. A name is free only when files/ does not have it
+// either.
 FileError MoveInto(const Trash& trash, TrashedItem& item) {
     std::string_view shown = item.original;
     if (!trash.root.empty()) shown.remove_prefix(ItemPath(trash.root, "").size());
@@ -190,8 +191,7 @@ FileError MoveToTrash(std::string& path, std::string_view name) {
 }
 
 std::string TrashInfoText(std::string_view path, std::string_view date) {
-    constexpr std::string_view kPlain =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";
+    constexpr std::string_view kPlain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";
     constexpr std::string_view kDigits = "0123456789ABCDEF";
     std::string text = "[Trash Info]\nPath=";
     for (const char c : path) {

@@ -1,6 +1,6 @@
-// The file system as the library needs it: every path and every byte on disk passes through this one interface. Paths
-// are bytes as the system takes them. Nothing here blocks: only regular files open. Transfers may move fewer bytes than
-// asked; whoever needs all of them calls again.
+// The file system as the library needs it: every path and every byte on disk passes through this one
+// interface. Paths are bytes as the system takes them. Nothing here blocks: only regular files open.
+// Transfers may move fewer bytes than asked; whoever needs all of them calls again.
 #pragma once
 
 #include <cstddef>
@@ -10,14 +10,13 @@
 
 namespace qv {
 
-enum class [[nodiscard]] FileError {
+enum class [[nodiscard]] FileError{
     kNone,
     kNotFound,     // no such item, or a component of its path is no directory
     kBadArgument,  // the system refused the request itself
     kPermission,   // no permission, a read-only place, or the file is not open for this access
     kExists,       // an item of that name is there already
-    kOther
-};
+    kOther};
 
 enum class ItemKind { kRegularFile, kDirectory, kLink, kOther };
 
@@ -63,17 +62,20 @@ public:
 
     // Opening gives a descriptor and what it stands for. Directories, FIFOs and devices do not open (kOther).
     virtual FileError Open(const std::string& path, FileAccess access, int& descriptor, ItemInfo& info) = 0;
-    // Makes a file that was not there and opens it for reading and writing; a link in its place counts as there.
+    // Makes a file that was not there and opens it for reading and writing; a link in its place counts as
+    // there.
     virtual FileError CreateExclusively(const std::string& path, std::uint32_t permissions, int& descriptor,
                                         ItemInfo& info) = 0;
 
     // One transfer at an offset. Reading 0 of a non-zero size means the end of the file.
-    virtual FileError ReadAt(int descriptor, void* buffer, std::size_t size, std::uint64_t offset, std::size_t& moved) = 0;
+    virtual FileError ReadAt(int descriptor, void* buffer, std::size_t size, std::uint64_t offset,
+                             std::size_t& moved) = 0;
     virtual FileError WriteAt(int descriptor, const void* buffer, std::size_t size, std::uint64_t offset,
                               std::size_t& moved) = 0;
     virtual FileError GetSize(int descriptor, std::uint64_t& size) = 0;
     virtual FileError SetSize(int descriptor, std::uint64_t size) = 0;
-    // Hands everything written to the system, so that every other program sees it. Does not wait for the disk.
+    // Hands everything written to the system, so that every other program sees it. Does not wait for the
+    // disk.
     virtual FileError Flush(int descriptor) = 0;
     // The descriptor is gone afterwards, whatever the answer.
     virtual FileError Close(int descriptor) = 0;

@@ -6,8 +6,8 @@
 
 namespace qv {
 
-// The directory for the user's data files: the environment's XDG_DATA_HOME when that is an absolute path, else
-// .local/share in the home directory. Empty when there is no home. It need not exist.
+// The directory for the user's data files: the environment's XDG_DATA_HOME when that is an absolute path,
+// else .local/share in the home directory. Empty when there is no home. It need not exist.
 [[nodiscard]] std::string UserDataDirectory();
 
 // The number that owns this user's files.

@@ -1,16 +1,15 @@
 #include "platform/file_system.h"
 
+#include <algorithm>
 #include <dirent.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <limits.h>
+#include <memory>
 #include <stdio.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <algorithm>
-#include <memory>
 #include <utility>
 
 namespace qv {
@@ -46,7 +45,9 @@ FileError ErrorOf(int number) noexcept {
 }
 
 // The outcome of a call that answers -1 on failure.
-FileError OutcomeOf(int result) noexcept { return result == -1 ? ErrorOf(errno) : FileError::kNone; }
+FileError OutcomeOf(int result) noexcept {
+    return result == -1 ? ErrorOf(errno) : FileError::kNone;
+}
 
 // Repeats a call that a signal broke off.
 template <class Call>
@@ -77,7 +78,9 @@ ItemInfo InfoOf(const struct stat& status) noexcept {
 }
 
 // Offsets that the system's signed type cannot hold are refused before they turn negative.
-bool IsOffset(std::uint64_t offset) noexcept { return offset <= static_cast<std::uint64_t>(INT64_MAX); }
+bool IsOffset(std::uint64_t offset) noexcept {
+    return offset <= static_cast<std::uint64_t>(INT64_MAX);
+}
 
 // Keeps the descriptor of a regular file and closes any other.
 FileError Accept(int opened, int& descriptor, ItemInfo& info) noexcept {
@@ -96,8 +99,8 @@ FileError Accept(int opened, int& descriptor, ItemInfo& info) noexcept {
     return FileError::kNone;
 }
 
-// For file systems that cannot rename without replacing: a second name, then the first one goes. Never replaces
-// either, but works for files only.
+// For file systems that cannot rename without replacing: a second name, then the first one goes. Never
+// replaces either, but works for files only.
 FileError LinkAndUnlink(const char* from, const char* to) noexcept {
     if (link(from, to) == -1) return ErrorOf(errno);
     if (unlink(from) == 0) return FileError::kNone;
@@ -112,7 +115,8 @@ public:
 
     FileError LookUp(const std::string& path, LinkRule rule, ItemInfo& info) override {
         struct stat status;
-        const int result = rule == LinkRule::kFollow ? stat(path.c_str(), &status) : lstat(path.c_str(), &status);
+        const int result =
+            rule == LinkRule::kFollow ? stat(path.c_str(), &status) : lstat(path.c_str(), &status);
         if (result == -1) return ErrorOf(errno);
         info = InfoOf(status);
         return FileError::kNone;
@@ -155,22 +159,20 @@ public:
     FileError CreateExclusively(const std::string& path, std::uint32_t permissions, int& descriptor,
                                 ItemInfo& info) override {
         const int flags = kOpenFlags | O_RDWR | O_CREAT | O_EXCL;
-        return Accept(Retry([&] { return open(path.c_str(), flags, static_cast<mode_t>(permissions)); }), descriptor,
-                      info);
+        return Accept(Retry([&] { return open(path.c_str(), flags, static_cast<mode_t>(permissions)); }),
+                      descriptor, info);
     }
 
     FileError ReadAt(int descriptor, void* buffer, std::size_t size, std::uint64_t offset,
                      std::size_t& moved) override {
-        return Transfer(size, offset, moved, [&](std::size_t count, off_t at) {
-            return pread(descriptor, buffer, count, at);
-        });
+        return Transfer(size, offset, moved,
+                        [&](std::size_t count, off_t at) { return pread(descriptor, buffer, count, at); });
     }
 
     FileError WriteAt(int descriptor, const void* buffer, std::size_t size, std::uint64_t offset,
                       std::size_t& moved) override {
-        return Transfer(size, offset, moved, [&](std::size_t count, off_t at) {
-            return pwrite(descriptor, buffer, count, at);
-        });
+        return Transfer(size, offset, moved,
+                        [&](std::size_t count, off_t at) { return pwrite(descriptor, buffer, count, at); });
     }
 
     FileError GetSize(int descriptor, std::uint64_t& size) override {
@@ -219,7 +221,8 @@ public:
 
     FileError MoveWithoutReplacing(const std::string& from, const std::string& to) override {
 #ifdef RENAME_NOREPLACE
-        if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return FileError::kNone;
+        if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
+            return FileError::kNone;
         if (errno != EINVAL && errno != ENOSYS) return ErrorOf(errno);
 #endif
         return LinkAndUnlink(from.c_str(), to.c_str());
@@ -243,8 +246,12 @@ constinit FileSystem* replacedFiles = nullptr;
 
 }  // namespace
 
-FileSystem& Files() noexcept { return replacedFiles != nullptr ? *replacedFiles : systemFiles; }
+FileSystem& Files() noexcept {
+    return replacedFiles != nullptr ? *replacedFiles : systemFiles;
+}
 
-FileSystem* ReplaceFiles(FileSystem* replacement) noexcept { return std::exchange(replacedFiles, replacement); }
+FileSystem* ReplaceFiles(FileSystem* replacement) noexcept {
+    return std::exchange(replacedFiles, replacement);
+}
 
 }  // namespace qv
