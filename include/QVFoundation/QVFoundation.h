@@ -11,6 +11,7 @@
 #include <QVFoundation/QVData.h>
 #include <QVFoundation/QVDate.h>
 #include <QVFoundation/QVEnumerator.h>
+#include <QVFoundation/QVFile.h>
 #include <QVFoundation/QVHashValue.h>
 #include <QVFoundation/QVLibrary.h>
 #include <QVFoundation/QVObject.h>
