@@ -18,24 +18,16 @@ int QVCMemoryStream::GetBytes(void* buffer, unsigned long size, unsigned long* d
     return exact && count < size ? int{QVErrReadShort} : int{QVNoErr};
 }
 
-int QVCMemoryStream::PutBytes(const void* buffer, unsigned long size, unsigned long* done, bool exact) {
+int QVCMemoryStream::PutBytes(const void* buffer, unsigned long size, unsigned long* done, bool) {
     if (buffer == nullptr && size > 0) return QVErrParam;
-    unsigned long count = 0;
-    int code = QVNoErr;
-    if (size > 0) {
-        const unsigned long dataSize = QVDataGetSize(store_.Get());
-        // The Data may have become shorter since.
-        const unsigned long start = std::min(static_cast<unsigned long>(base_), dataSize);
-        const bool isPut = QVDataSetBytes(store_.Get(), buffer, start, size) != 0;
-        // Data that cannot grow still takes what lies in place, unless it is read-only.
-        const bool isWritable = QVDataGetMutableBuffer(store_.Get()) != nullptr;
-        count = isPut ? size : isWritable ? std::min(dataSize - start, size) : 0;
-        if (!isPut) code = QVErrMemory;
-        base_ = static_cast<std::int64_t>(start + count);
-    }
-    if (done != nullptr) *done = count;
-    if (code != QVNoErr) return code;
-    return exact && count != size ? int{QVErrWriteShort} : int{QVNoErr};
+    if (done != nullptr) *done = 0;
+    if (size == 0) return QVNoErr;
+    // The Data may have become shorter since.
+    const unsigned long start = std::min(static_cast<unsigned long>(base_), QVDataGetSize(store_.Get()));
+    if (QVDataSetBytes(store_.Get(), buffer, start, size) == 0) return QVErrMemory;
+    base_ = static_cast<std::int64_t>(start) + static_cast<std::int64_t>(size);
+    if (done != nullptr) *done = size;
+    return QVNoErr;
 }
 
 void QVCMemoryStream::SetMarker(int origin, long long offset) {
