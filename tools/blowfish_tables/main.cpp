@@ -1,0 +1,11 @@
+// Writes the Blowfish starting tables to standard output:
+//     blowfish_tables > src/crypto/blowfish_tables.cpp
+
+#include "pi_digits.h"
+
+#include <cstdio>
+
+int main() {
+    const std::string text = blowfish_tables::TablesSource();
+    return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() ? 0 : 1;
+}
