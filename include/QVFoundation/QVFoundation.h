@@ -8,12 +8,14 @@
 #include <QVFoundation/QVArray.h>
 #include <QVFoundation/QVBase64.h>
 #include <QVFoundation/QVBlockTransform.h>
+#include <QVFoundation/QVBlowfish.h>
 #include <QVFoundation/QVData.h>
 #include <QVFoundation/QVDate.h>
 #include <QVFoundation/QVEnumerator.h>
 #include <QVFoundation/QVFile.h>
 #include <QVFoundation/QVHashValue.h>
 #include <QVFoundation/QVLibrary.h>
+#include <QVFoundation/QVMD5.h>
 #include <QVFoundation/QVObject.h>
 #include <QVFoundation/QVPatternSearch.h>
 #include <QVFoundation/QVRingList.h>

@@ -17,6 +17,10 @@ struct BlowfishHalves {
     std::uint32_t right;
 };
 
+[[nodiscard]] constexpr BlowfishHalves operator^(BlowfishHalves x, BlowfishHalves y) noexcept {
+    return {x.left ^ y.left, x.right ^ y.right};
+}
+
 // The tables of one key, borrowed from whoever scheduled it.
 struct BlowfishTables {
     const std::uint32_t* substitutes;  // BlowfishSubstitutes
@@ -32,11 +36,13 @@ void ExpandBlowfishKey(const void* key, std::size_t size, BlowfishSubstitutes& s
 
 // A block's halves are little-endian numbers, left half first. Published test vectors read them big-endian;
 // the library's files use this order.
-[[nodiscard]] inline BlowfishHalves LoadBlowfishBlock(const std::uint8_t* bytes) noexcept {
+[[nodiscard]] inline BlowfishHalves LoadBlowfishBlock(const void* block) noexcept {
+    const auto* bytes = static_cast<const std::uint8_t*>(block);
     return {LoadLittle32(bytes), LoadLittle32(bytes + 4)};
 }
 
-inline void StoreBlowfishBlock(BlowfishHalves halves, std::uint8_t* bytes) noexcept {
+inline void StoreBlowfishBlock(BlowfishHalves halves, void* block) noexcept {
+    auto* bytes = static_cast<std::uint8_t*>(block);
     StoreLittle32(halves.left, bytes);
     StoreLittle32(halves.right, bytes + 4);
 }

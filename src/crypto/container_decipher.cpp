@@ -5,8 +5,8 @@
 namespace qv {
 namespace {
 
-// Deciphering needs only the cipher block before, so several blocks can go through their rounds together and hide
-// the time that each look-up takes. Five use the registers of a 64-bit x86 up.
+// Deciphering needs only the cipher block before, so several blocks can go through their rounds together and
+// hide the time that each look-up takes. Five use the registers of a 64-bit x86 up.
 constexpr std::size_t kLanes = 5;
 
 template <std::size_t... kLane>
@@ -15,9 +15,11 @@ BlowfishHalves DecipherTogether(const BlowfishTables& key, BlowfishHalves chain,
     BlowfishHalves x[] = {LoadBlowfishBlock(blocks + kLane * kBlowfishBlockSize)...};
     ((x[kLane].left ^= key.subkeys[17]), ...);
     for (int round = 0; round < 16; round += 2) {
-        ((x[kLane].right = BlowfishF(key.substitutes, x[kLane].left) ^ (x[kLane].right ^ key.subkeys[16 - round])),
+        ((x[kLane].right =
+              BlowfishF(key.substitutes, x[kLane].left) ^ (x[kLane].right ^ key.subkeys[16 - round])),
          ...);
-        ((x[kLane].left = BlowfishF(key.substitutes, x[kLane].right) ^ (x[kLane].left ^ key.subkeys[15 - round])),
+        ((x[kLane].left =
+              BlowfishF(key.substitutes, x[kLane].right) ^ (x[kLane].left ^ key.subkeys[15 - round])),
          ...);
     }
     const auto finish = [&](BlowfishHalves halves, std::uint8_t* block) {

@@ -11,21 +11,20 @@ constexpr int kStepsInBlock = 8;
 static_assert(kMd5BlockSize == kStepsInBlock * kBlowfishBlockSize);
 
 BlowfishHalves EncipherNext(const BlowfishTables& key, BlowfishHalves chain, std::uint8_t* block) noexcept {
-    const BlowfishHalves plain = LoadBlowfishBlock(block);
-    chain = EncipherBlowfish(key, {plain.left ^ chain.left, plain.right ^ chain.right});
+    chain = EncipherBlowfish(key, LoadBlowfishBlock(block) ^ chain);
     StoreBlowfishBlock(chain, block);
     return chain;
 }
 
-// Enciphers block kBlock of a group while the hash takes its steps over the enciphered group before it. Kept out of
-// line: the eight blocks inlined together ask for more registers than there are.
+// Enciphers block kBlock of a group while the hash takes its steps over the enciphered group before it. Kept
+// out of line: the eight blocks inlined together ask for more registers than there are.
 template <int kBlock, int... kSteps>
 [[gnu::noinline]] void EncipherBesideHash(const BlowfishTables& key, BlowfishHalves& chain, Md5Words& words,
-                        std::uint8_t* group, std::integer_sequence<int, kSteps...>) noexcept {
+                                          std::uint8_t* group,
+                                          std::integer_sequence<int, kSteps...>) noexcept {
     std::uint8_t* block = group + kBlock * kBlowfishBlockSize;
-    BlowfishHalves x = LoadBlowfishBlock(block);
-    x.left ^= chain.left ^ key.subkeys[0];
-    x.right ^= chain.right;
+    BlowfishHalves x = LoadBlowfishBlock(block) ^ chain;
+    x.left ^= key.subkeys[0];
     ((EncipherTwoRounds(key, 2 * kSteps, x),
       Md5Step<kBlock * kStepsInBlock + kSteps>(words, group - kMd5BlockSize)),
      ...);

@@ -25,8 +25,8 @@ public:
 
     [[nodiscard]] const Md5Words& GetWords() const noexcept { return words_; }
 
-    // For a loop that compresses blocks beside other work: counts whole blocks as part of the message and lends the
-    // words to compress them into. Only while the bytes so far fill whole blocks.
+    // For a loop that compresses blocks beside other work: counts whole blocks as part of the message and
+    // lends the words to compress them into. Only while the bytes so far fill whole blocks.
     [[nodiscard]] Md5Words& LendWords(std::size_t blocks) noexcept {
         size_ += std::uint64_t{blocks} * kMd5BlockSize;
         return words_;

@@ -1,9 +1,9 @@
 // Writes the Blowfish starting tables to standard output:
 //     blowfish_tables > src/crypto/blowfish_tables.cpp
 
-#include "pi_digits.h"
-
 #include <cstdio>
+
+#include "pi_digits.h"
 
 int main() {
     const std::string text = blowfish_tables::TablesSource();

@@ -76,7 +76,7 @@ void AppendWords(std::string& text, const std::uint32_t* words, std::size_t coun
 
 std::vector<std::uint32_t> FractionOfPi(std::size_t wordCount) {
     const std::size_t size = 1 + wordCount + kSpareWords;
-    Fixed pi = ArcTangentOfInverse(5, 16, size); // Machin: pi = 16 arctan(1/5) - 4 arctan(1/239)
+    Fixed pi = ArcTangentOfInverse(5, 16, size);  // Machin: pi = 16 arctan(1/5) - 4 arctan(1/239)
     Subtract(pi, ArcTangentOfInverse(239, 4, size));
     return {pi.begin() + 1, pi.begin() + 1 + static_cast<std::ptrdiff_t>(wordCount)};
 }
@@ -86,23 +86,26 @@ std::string TablesSource() {
     constexpr std::size_t kSubstitutes = 4 * 256;
     const std::vector<std::uint32_t> words = FractionOfPi(kSubkeys + kSubstitutes);
 
-    std::string text = "// Made by tools/blowfish_tables from the hexadecimal digits of pi; do not edit.\n"
-                       "\n"
-                       "#include \"crypto/blowfish_tables.h\"\n"
-                       "\n"
-                       "// clang-format off\n"
-                       "namespace qv {\n"
-                       "\n"
-                       "const BlowfishSubkeys kBlowfishInitialSubkeys = {\n";
+    std::string text =
+        "// Made by tools/blowfish_tables from the hexadecimal digits of pi; do not edit.\n"
+        "\n"
+        "#include \"crypto/blowfish_tables.h\"\n"
+        "\n"
+        "// clang-format off\n"
+        "namespace qv {\n"
+        "\n"
+        "const BlowfishSubkeys kBlowfishInitialSubkeys = {\n";
     AppendWords(text, words.data(), kSubkeys);
-    text += "};\n"
-            "\n"
-            "const BlowfishSubstitutes kBlowfishInitialSubstitutes = {\n";
+    text +=
+        "};\n"
+        "\n"
+        "const BlowfishSubstitutes kBlowfishInitialSubstitutes = {\n";
     AppendWords(text, words.data() + kSubkeys, kSubstitutes);
-    text += "};\n"
-            "\n"
-            "}  // namespace qv\n"
-            "// clang-format on\n";
+    text +=
+        "};\n"
+        "\n"
+        "}  // namespace qv\n"
+        "// clang-format on\n";
     return text;
 }
 

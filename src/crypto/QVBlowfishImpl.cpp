@@ -1,0 +1,61 @@
+#include "crypto/QVBlowfishImpl.h"
+
+#include <cstring>
+
+#include <QVFoundation/QVLibrary.h>
+#include <QVFoundation/QVObject.h>
+
+namespace {
+
+// One random number on top, the next below. The lower one joins sign-extended, so a negative one would cover
+// the upper: that is how feedback codes have always been drawn.
+std::uint64_t DrawWord() noexcept {
+    const auto high = static_cast<std::uint64_t>(static_cast<std::int64_t>(QVRandom())) << 32;
+    return high | static_cast<std::uint64_t>(static_cast<std::int64_t>(QVRandom()));
+}
+
+std::uint64_t DrawFeedbackCode() noexcept {
+    const std::uint64_t first = DrawWord();
+    return first ^ DrawWord();
+}
+
+}  // namespace
+
+QVBlowfishImpl::QVBlowfishImpl() : feedbackCode_(DrawFeedbackCode()) {}
+
+std::uint16_t QVBlowfishImpl::GetTypeID() const {
+    return QVTypeIDBlowfish;
+}
+
+bool QVBlowfishImpl::SetKey(const void* key, std::size_t length) {
+    if (key == nullptr || length == 0 || length > qv::kBlowfishLongestKey) return false;
+    auto substitutes = qv::MakeWiped<qv::BlowfishSubstitutes>();
+    auto subkeys = qv::MakeWiped<qv::BlowfishSubkeys>();
+    qv::ExpandBlowfishKey(key, length, *substitutes, *subkeys);
+    substitutes_ = std::move(substitutes);
+    subkeys_ = std::move(subkeys);
+    return true;
+}
+
+void QVBlowfishImpl::ProcessBlock(const void* in, void* out, bool encrypt) noexcept {
+    if (!HasKey()) {
+        std::memset(out, 0, qv::kBlowfishBlockSize);
+        return;
+    }
+    const qv::BlowfishHalves block = qv::LoadBlowfishBlock(in);
+    qv::StoreBlowfishBlock(encrypt ? Encrypt(block) : Decrypt(block), out);
+}
+
+qv::BlowfishHalves QVBlowfishImpl::Encrypt(qv::BlowfishHalves block) noexcept {
+    if (!IsChained()) return Encipher(block);
+    block = Encipher(block ^ qv::SplitFeedbackCode(feedbackCode_));
+    feedbackCode_ = qv::JoinFeedbackCode(block);
+    return block;
+}
+
+qv::BlowfishHalves QVBlowfishImpl::Decrypt(qv::BlowfishHalves block) noexcept {
+    const qv::BlowfishHalves feedback = qv::SplitFeedbackCode(feedbackCode_);
+    feedbackCode_ = qv::JoinFeedbackCode(block);  // also where blocks stand alone
+    block = Decipher(block);
+    return IsChained() ? block ^ feedback : block;
+}
