@@ -11,6 +11,7 @@
 #include <QVFoundation/QVBlowfish.h>
 #include <QVFoundation/QVData.h>
 #include <QVFoundation/QVDate.h>
+#include <QVFoundation/QVDictionary.h>
 #include <QVFoundation/QVEnumerator.h>
 #include <QVFoundation/QVFile.h>
 #include <QVFoundation/QVHashValue.h>
