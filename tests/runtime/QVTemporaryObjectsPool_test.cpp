@@ -250,6 +250,37 @@ TEST(Literals, AnswerNullWhenMemoryRunsOut) {
     EXPECT_EQ(qvtest::LiveAllocations(), before);
 }
 
+TEST(EventLoop, ATurnDrainsTheTopPoolAndKeepsIt) {
+    std::vector<int> deaths;
+    QVFoundationInit();
+    void* mainPool = QVTemporaryObjectsPoolGetFrontPool();
+    ASSERT_NE(mainPool, nullptr);
+    QVTEMPOBJ(qv::CreateObject<Witness>(&deaths, 1));
+    QVTemporaryObjectsPoolHandleEvents();
+    EXPECT_EQ(deaths, (std::vector<int>{1}));
+    EXPECT_EQ(QVTemporaryObjectsPoolGetFrontPool(), mainPool);
+    void* inner = QVTemporaryObjectsPoolCreate();
+    QVTEMPOBJ(qv::CreateObject<Witness>(&deaths, 2));
+    QVTemporaryObjectsPoolHandleEvents();
+    EXPECT_EQ(deaths, (std::vector<int>{1, 2}));
+    QVRelease(inner);
+    QVTEMPOBJ(qv::CreateObject<Witness>(&deaths, 3));
+    QVFoundationExit();
+    EXPECT_EQ(deaths, (std::vector<int>{1, 2, 3}));
+    EXPECT_EQ(QVTemporaryObjectsPoolGetFrontPool(), nullptr);
+}
+
+TEST(EventLoop, DoesNothingWhileTheLibraryIsDownOrWithoutPools) {
+    qvtest::LogCapture log;
+    QVTemporaryObjectsPoolHandleEvents();
+    QVFoundationInit();
+    std::thread([] { QVTemporaryObjectsPoolHandleEvents(); }).join();
+    QVFoundationExit();
+    QVTemporaryObjectsPoolHandleEvents();
+    QVTemporaryObjectsPoolRemoveEventsCallBack();
+    EXPECT_TRUE(log.Messages().empty());
+}
+
 TEST(Fork, AChildCanUsePools) {
     std::vector<int> deaths;
     const Owned pool{QVTemporaryObjectsPoolCreate()};
