@@ -17,6 +17,7 @@
 #include <QVFoundation/QVHashValue.h>
 #include <QVFoundation/QVLibrary.h>
 #include <QVFoundation/QVMD5.h>
+#include <QVFoundation/QVNumber.h>
 #include <QVFoundation/QVObject.h>
 #include <QVFoundation/QVPatternSearch.h>
 #include <QVFoundation/QVRingList.h>
