@@ -16,6 +16,7 @@
 #include <QVFoundation/QVFile.h>
 #include <QVFoundation/QVHashValue.h>
 #include <QVFoundation/QVLibrary.h>
+#include <QVFoundation/QVLinkedList.h>
 #include <QVFoundation/QVMD5.h>
 #include <QVFoundation/QVNumber.h>
 #include <QVFoundation/QVObject.h>
