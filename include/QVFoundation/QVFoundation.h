@@ -14,6 +14,7 @@
 #include <QVFoundation/QVDictionary.h>
 #include <QVFoundation/QVEnumerator.h>
 #include <QVFoundation/QVFile.h>
+#include <QVFoundation/QVHTMLCharSet.h>
 #include <QVFoundation/QVHashValue.h>
 #include <QVFoundation/QVLibrary.h>
 #include <QVFoundation/QVLinkedList.h>
