@@ -12,6 +12,7 @@
 #include <QVFoundation/QVData.h>
 #include <QVFoundation/QVDate.h>
 #include <QVFoundation/QVDictionary.h>
+#include <QVFoundation/QVEncoding.h>
 #include <QVFoundation/QVEnumerator.h>
 #include <QVFoundation/QVFile.h>
 #include <QVFoundation/QVHTMLCharSet.h>
@@ -22,6 +23,7 @@
 #include <QVFoundation/QVNumber.h>
 #include <QVFoundation/QVObject.h>
 #include <QVFoundation/QVPatternSearch.h>
+#include <QVFoundation/QVPlatformObject.h>
 #include <QVFoundation/QVRingList.h>
 #include <QVFoundation/QVScanner.h>
 #include <QVFoundation/QVString.h>

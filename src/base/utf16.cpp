@@ -1,5 +1,6 @@
 #include "base/utf16.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace qv {
@@ -44,13 +45,18 @@ std::optional<size_t> DecodeUtf16(const char* bytes, size_t size, std::endian or
     return written;
 }
 
-size_t EncodeUtf16(const wchar_t* text, size_t count, std::endian order, char* out) noexcept {
+size_t Utf16Size(const wchar_t* text, size_t count) noexcept {
+    const auto pairs =
+        std::count_if(text, text + count, [](wchar_t c) { return c > 0xFFFF && c <= 0x10FFFF; });
+    return 2 * (count + static_cast<size_t>(pairs));
+}
+
+void EncodeUtf16(const wchar_t* text, size_t count, std::endian order, char* out) noexcept {
     const size_t low = LowByte(order);
-    size_t written = 0;
     const auto put = [&](uint32_t unit) {
-        out[written + low] = static_cast<char>(unit);
-        out[written + 1 - low] = static_cast<char>(unit >> 8);
-        written += 2;
+        out[low] = static_cast<char>(unit);
+        out[1 - low] = static_cast<char>(unit >> 8);
+        out += 2;
     };
 
     for (size_t i = 0; i < count; ++i) {
@@ -64,7 +70,6 @@ size_t EncodeUtf16(const wchar_t* text, size_t count, std::endian order, char* o
             put(0xDC00 | (character & 0x3FF));
         }
     }
-    return written;
 }
 
 }  // namespace qv

@@ -12,17 +12,15 @@ constexpr size_t Utf16ToWideMax(size_t size) noexcept {
     return size / 2;
 }
 
-// The most bytes that EncodeUtf16 writes for `count` characters.
-constexpr size_t Utf16SizeMax(size_t count) noexcept {
-    return 4 * count;
-}
+// The bytes that EncodeUtf16 writes for these characters.
+size_t Utf16Size(const wchar_t* text, size_t count) noexcept;
 
 // Decodes into `out`, which has room for Utf16ToWideMax(size) characters. The characters written, or nothing
 // when the size is odd or a surrogate stands alone.
 std::optional<size_t> DecodeUtf16(const char* bytes, size_t size, std::endian order, wchar_t* out) noexcept;
 
-// Encodes into `out`, which has room for Utf16SizeMax(count) bytes; each surrogate and each value above
-// U+10FFFF becomes one "?". The bytes written.
-size_t EncodeUtf16(const wchar_t* text, size_t count, std::endian order, char* out) noexcept;
+// Encodes into `out`, which has room for Utf16Size bytes; each surrogate and each value above U+10FFFF
+// becomes one "?".
+void EncodeUtf16(const wchar_t* text, size_t count, std::endian order, char* out) noexcept;
 
 }  // namespace qv

@@ -30,7 +30,7 @@ std::optional<size_t> DecodeUtf32(const char* bytes, size_t size, std::endian or
     return size / 4;
 }
 
-size_t EncodeUtf32(const wchar_t* text, size_t count, std::endian order, char* out) noexcept {
+void EncodeUtf32(const wchar_t* text, size_t count, std::endian order, char* out) noexcept {
     const size_t flip = Flip(order);
     for (size_t i = 0; i < count; ++i) {
         const auto value = static_cast<uint32_t>(text[i]);
@@ -39,7 +39,6 @@ size_t EncodeUtf32(const wchar_t* text, size_t count, std::endian order, char* o
             out[4 * i + (byte ^ flip)] = static_cast<char>(character >> 8 * byte);
         }
     }
-    return Utf32Size(count);
 }
 
 }  // namespace qv

@@ -22,7 +22,7 @@ constexpr size_t Utf32Size(size_t count) noexcept {
 std::optional<size_t> DecodeUtf32(const char* bytes, size_t size, std::endian order, wchar_t* out) noexcept;
 
 // Encodes into `out`, which has room for Utf32Size(count) bytes; each surrogate and each value above U+10FFFF
-// becomes one "?". The bytes written.
-size_t EncodeUtf32(const wchar_t* text, size_t count, std::endian order, char* out) noexcept;
+// becomes one "?".
+void EncodeUtf32(const wchar_t* text, size_t count, std::endian order, char* out) noexcept;
 
 }  // namespace qv

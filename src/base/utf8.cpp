@@ -1,17 +1,25 @@
 #include "base/utf8.h"
 
+#include <cstdint>
+
 #include "base/processor.h"
 #include "base/utf8_kernels.h"
 
 namespace qv {
 namespace {
 
-// Encodes from `from` on, up to the end or to a character that UTF-8 cannot hold.
-Utf8Progress EncodeValid(const wchar_t* text, size_t count, char* out, Utf8Progress from) noexcept {
+// Encodes from `from` on, up to the end, to a character that UTF-8 cannot hold or to one that does not fit.
+Utf8Progress EncodeValid(const wchar_t* text, size_t count, char* out, size_t room,
+                         Utf8Progress from) noexcept {
 #if QV_X86
-    if (HasAvx2()) from = avx2::EncodeUtf8(text, count, out, from);
+    if (HasAvx2()) from = avx2::EncodeUtf8(text, count, out, room, from);
 #endif
-    return plain::EncodeUtf8(text, count, out, from);
+    return plain::EncodeUtf8(text, count, out, room, from);
+}
+
+bool IsCodePoint(wchar_t character) noexcept {
+    const auto value = static_cast<uint32_t>(character);
+    return value <= 0x10FFFF && (value & 0xFFFFF800) != 0xD800;
 }
 
 }  // namespace
@@ -33,19 +41,39 @@ std::optional<size_t> DecodeUtf8(const char* bytes, size_t size, wchar_t* out, s
     return done.written;
 }
 
+size_t Utf8Size(const wchar_t* text, size_t count) noexcept {
+    constexpr size_t kPiece = 1 << 16;  // short enough for a 32-bit sum, which adds up in vectors
+    size_t size = count;
+    for (size_t at = 0; at < count; at += kPiece) {
+        const size_t end = count - at > kPiece ? at + kPiece : count;
+        uint32_t more = 0;
+        for (size_t i = at; i < end; ++i) {
+            const auto value = static_cast<uint32_t>(text[i]);
+            more += uint32_t{value > 0x7F} + uint32_t{value > 0x7FF} + uint32_t{value > 0xFFFF};
+        }
+        size += more;
+    }
+    return size;
+}
+
 std::optional<size_t> EncodeUtf8(const wchar_t* text, size_t count, char* out) noexcept {
-    const Utf8Progress done = EncodeValid(text, count, out, {});
+    const Utf8Progress done = EncodeValid(text, count, out, Utf8SizeMax(count), {});
     if (done.read != count) return std::nullopt;
     return done.written;
 }
 
 size_t EncodeUtf8Lossy(const wchar_t* text, size_t count, char* out) noexcept {
-    Utf8Progress done = EncodeValid(text, count, out, {});
-    while (done.read != count) {
-        out[done.written] = '?';
-        done = EncodeValid(text, count, out, {done.read + 1, done.written + 1});
+    return EncodeUtf8Lossy(text, count, out, Utf8SizeMax(count), {}).written;
+}
+
+Utf8Progress EncodeUtf8Lossy(const wchar_t* text, size_t count, char* out, size_t room,
+                             Utf8Progress done) noexcept {
+    for (;;) {
+        done = EncodeValid(text, count, out, room, done);
+        if (done.read == count || IsCodePoint(text[done.read]) || done.written == room) return done;
+        out[done.written++] = '?';
+        ++done.read;
     }
-    return done.written;
 }
 
 std::optional<std::string> ToUtf8(std::wstring_view text) {

@@ -37,12 +37,25 @@ inline std::optional<size_t> DecodeUtf8(const char* bytes, size_t size, wchar_t*
     return DecodeUtf8(bytes, size, out, Utf8ToWideMax(size));
 }
 
+// The bytes of `count` characters, exactly; a value that is no code point counts as four.
+size_t Utf8Size(const wchar_t* text, size_t count) noexcept;
+
 // Encodes `count` characters into `out`, which has room for Utf8SizeMax(count) bytes. The bytes written, or
 // nothing when a character is a surrogate or above U+10FFFF.
 std::optional<size_t> EncodeUtf8(const wchar_t* text, size_t count, char* out) noexcept;
 
 // The same, but each character that UTF-8 cannot hold becomes one "?".
 size_t EncodeUtf8Lossy(const wchar_t* text, size_t count, char* out) noexcept;
+
+// How far a conversion has come: what it has taken and what it has made of it.
+struct Utf8Progress {
+    size_t read = 0;
+    size_t written = 0;
+};
+
+// Lossy encoding into `room` bytes: goes on from `done` until all is read or the next character does not fit.
+Utf8Progress EncodeUtf8Lossy(const wchar_t* text, size_t count, char* out, size_t room,
+                             Utf8Progress done) noexcept;
 
 // For short texts such as paths and names: the UTF-8 form of `text`, or nothing when it has none.
 std::optional<std::string> ToUtf8(std::wstring_view text);

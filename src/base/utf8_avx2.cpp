@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <immintrin.h>
 
 #include "base/utf8_kernels.h"
@@ -349,16 +350,17 @@ QV_AVX2 Utf8Progress DecodeUtf8(const char* bytes, size_t size, wchar_t* out, si
     return {at, written};
 }
 
-QV_AVX2 Utf8Progress EncodeUtf8(const wchar_t* text, size_t count, char* out, Utf8Progress from) noexcept {
+QV_AVX2 Utf8Progress EncodeUtf8(const wchar_t* text, size_t count, char* out, size_t room,
+                                Utf8Progress from) noexcept {
     auto [at, written] = from;
-    while (count - at >= kLanes) {
+    while (count - at >= kLanes && room - written >= 4 * kLanes) {
         if (count - at >= 4 * kLanes && NarrowAscii(text + at, out + written)) {
             at += 4 * kLanes;
             written += 4 * kLanes;
             continue;
         }
         const size_t end = at + std::min(4 * kLanes, (count - at) / kLanes * kLanes);
-        for (; at < end; at += kLanes) {
+        for (; at < end && room - written >= 4 * kLanes; at += kLanes) {
             const __m256i characters = Load(text + at);
             if (!AreCodePoints(characters)) return {at, written};
             written += EncodeLanes(characters, out + written);

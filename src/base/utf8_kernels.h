@@ -4,21 +4,18 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
+
+#include "base/utf8.h"
 
 namespace qv {
-
-struct Utf8Progress {
-    size_t read = 0;
-    size_t written = 0;
-};
 
 namespace plain {
 
 size_t CountUtf8Characters(const char* bytes, size_t size) noexcept;
 Utf8Progress DecodeUtf8(const char* bytes, size_t size, wchar_t* out, size_t room,
                         Utf8Progress from) noexcept;
-Utf8Progress EncodeUtf8(const wchar_t* text, size_t count, char* out, Utf8Progress from) noexcept;
+Utf8Progress EncodeUtf8(const wchar_t* text, size_t count, char* out, size_t room,
+                        Utf8Progress from) noexcept;
 
 }  // namespace plain
 
@@ -26,7 +23,8 @@ namespace avx2 {
 
 size_t CountUtf8Characters(const char* bytes, size_t size) noexcept;
 Utf8Progress DecodeUtf8(const char* bytes, size_t size, wchar_t* out, size_t room) noexcept;
-Utf8Progress EncodeUtf8(const wchar_t* text, size_t count, char* out, Utf8Progress from) noexcept;
+Utf8Progress EncodeUtf8(const wchar_t* text, size_t count, char* out, size_t room,
+                        Utf8Progress from) noexcept;
 
 }  // namespace avx2
 

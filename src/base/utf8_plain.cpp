@@ -1,4 +1,5 @@
 #include <bit>
+#include <cstdint>
 #include <cstring>
 
 #include "base/utf8_kernels.h"
@@ -40,31 +41,36 @@ size_t DecodeOne(const unsigned char* bytes, size_t size, uint32_t& character) n
     return character >= 0x10000 && character <= 0x10FFFF ? 4 : 0;
 }
 
-// Writes one character: the bytes written (1 to 4), or 0 when it is a surrogate or above U+10FFFF.
-size_t EncodeOne(uint32_t character, char* out) noexcept {
+// The bytes of a character (1 to 4), or 0 when it is a surrogate or above U+10FFFF.
+size_t SizeOf(uint32_t character) noexcept {
+    if (character < 0x80) return 1;
+    if (character < 0x800) return 2;
+    if (character < 0x10000) return (character & 0xF800) == 0xD800 ? 0 : 3;
+    return character <= 0x10FFFF ? 4 : 0;
+}
+
+// Writes a character of `size` bytes.
+void EncodeOne(uint32_t character, size_t size, char* out) noexcept {
     const auto trail = [&](int shift) { return static_cast<char>(0x80 | (character >> shift & 0x3F)); };
-    if (character < 0x80) {
-        out[0] = static_cast<char>(character);
-        return 1;
+    switch (size) {
+        case 1:
+            out[0] = static_cast<char>(character);
+            return;
+        case 2:
+            out[0] = static_cast<char>(0xC0 | character >> 6);
+            out[1] = trail(0);
+            return;
+        case 3:
+            out[0] = static_cast<char>(0xE0 | character >> 12);
+            out[1] = trail(6);
+            out[2] = trail(0);
+            return;
+        default:
+            out[0] = static_cast<char>(0xF0 | character >> 18);
+            out[1] = trail(12);
+            out[2] = trail(6);
+            out[3] = trail(0);
     }
-    if (character < 0x800) {
-        out[0] = static_cast<char>(0xC0 | character >> 6);
-        out[1] = trail(0);
-        return 2;
-    }
-    if (character < 0x10000) {
-        if ((character & 0xF800) == 0xD800) return 0;
-        out[0] = static_cast<char>(0xE0 | character >> 12);
-        out[1] = trail(6);
-        out[2] = trail(0);
-        return 3;
-    }
-    if (character > 0x10FFFF) return 0;
-    out[0] = static_cast<char>(0xF0 | character >> 18);
-    out[1] = trail(12);
-    out[2] = trail(6);
-    out[3] = trail(0);
-    return 4;
 }
 
 }  // namespace
@@ -105,11 +111,14 @@ Utf8Progress DecodeUtf8(const char* bytes, size_t size, wchar_t* out, size_t roo
     return {at, written};
 }
 
-Utf8Progress EncodeUtf8(const wchar_t* text, size_t count, char* out, Utf8Progress from) noexcept {
+Utf8Progress EncodeUtf8(const wchar_t* text, size_t count, char* out, size_t room,
+                        Utf8Progress from) noexcept {
     auto [at, written] = from;
     while (at < count) {
-        const size_t size = EncodeOne(static_cast<uint32_t>(text[at]), out + written);
-        if (size == 0) break;
+        const auto character = static_cast<uint32_t>(text[at]);
+        const size_t size = SizeOf(character);
+        if (size == 0 || size > room - written) break;
+        EncodeOne(character, size, out + written);
         ++at;
         written += size;
     }

@@ -103,6 +103,10 @@ void* QVStringImpl::CreateWithText(std::wstring_view text) {
     return CreateString([&] { return WideText(text); });
 }
 
+void* QVStringImpl::CreateAdopting(WideText&& text) {
+    return CreateString([&] { return WideText(std::move(text)); });
+}
+
 void* QVStringImpl::CreateWithHashValue128(const QVHashValue128& value) {
     wchar_t digits[32];
     qv::PutHexBytes(value.A, digits);
@@ -148,6 +152,10 @@ unsigned long QVStringImpl::HexUIntValue() const {
 
 QVLineBreakType QVStringImpl::GetLineBreakType() const {
     return qv::FirstLineBreak(text_.View());
+}
+
+void* QVStringImpl::MakeData(QVEncodingInfo info) const {
+    return QVStringCreateDataMac(qv::ToHandle(this), info);
 }
 
 void* QVStringImpl::CreateCopyString() const {

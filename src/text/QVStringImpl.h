@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include <QVFoundation/QVEncoding.h>
 #include <QVFoundation/QVString.h>
 
 #include "base/wide_text.h"
@@ -21,6 +22,7 @@ public:
     // From UTF-8; empty when the bytes are not valid.
     static void* CreateWithUtf8(std::string_view bytes);
     static void* CreateWithText(std::wstring_view text);
+    static void* CreateAdopting(qv::WideText&& text);
     static void* CreateWithHashValue128(const QVHashValue128& value);
 
     // The break's characters as a temporary string; null for types other than the four breaks.
@@ -36,6 +38,9 @@ public:
     [[nodiscard]] unsigned long FindString(void* searched, unsigned long start) const;
     [[nodiscard]] unsigned long HexUIntValue() const;
     [[nodiscard]] QVLineBreakType GetLineBreakType() const;
+
+    // The text's bytes in an encoding, as new Data.
+    [[nodiscard]] void* MakeData(QVEncodingInfo info) const;
 
     [[nodiscard]] void* CreateCopyString() const;
     [[nodiscard]] void* CreateSubString(QVRange range) const;

@@ -14,8 +14,9 @@ namespace {
 constexpr std::endian kOrders[] = {std::endian::little, std::endian::big};
 
 std::string EncodeUtf16(std::wstring_view text, std::endian order) {
-    std::vector<char> bytes(qv::Utf16SizeMax(text.size()));
-    return {bytes.data(), qv::EncodeUtf16(text.data(), text.size(), order, bytes.data())};
+    std::string bytes(qv::Utf16Size(text.data(), text.size()), '\0');
+    qv::EncodeUtf16(text.data(), text.size(), order, bytes.data());
+    return bytes;
 }
 
 std::optional<std::wstring> DecodeUtf16(std::string_view bytes, std::endian order) {
@@ -26,8 +27,9 @@ std::optional<std::wstring> DecodeUtf16(std::string_view bytes, std::endian orde
 }
 
 std::string EncodeUtf32(std::wstring_view text, std::endian order) {
-    std::vector<char> bytes(qv::Utf32Size(text.size()));
-    return {bytes.data(), qv::EncodeUtf32(text.data(), text.size(), order, bytes.data())};
+    std::string bytes(qv::Utf32Size(text.size()), '\0');
+    qv::EncodeUtf32(text.data(), text.size(), order, bytes.data());
+    return bytes;
 }
 
 std::optional<std::wstring> DecodeUtf32(std::string_view bytes, std::endian order) {

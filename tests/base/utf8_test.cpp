@@ -41,7 +41,7 @@ constexpr Path kPlain = {
         return Whole(qv::plain::DecodeUtf8(bytes, size, out, room, {}), size);
     },
     [](const wchar_t* text, size_t count, char* out) noexcept {
-        return Whole(qv::plain::EncodeUtf8(text, count, out, {}), count);
+        return Whole(qv::plain::EncodeUtf8(text, count, out, qv::Utf8SizeMax(count), {}), count);
     },
 };
 
@@ -54,8 +54,9 @@ constexpr Path kAvx2 = {
         return Whole(qv::plain::DecodeUtf8(bytes, size, out, room, bulk), size);
     },
     [](const wchar_t* text, size_t count, char* out) noexcept {
-        const qv::Utf8Progress bulk = qv::avx2::EncodeUtf8(text, count, out, {});
-        return Whole(qv::plain::EncodeUtf8(text, count, out, bulk), count);
+        const size_t room = qv::Utf8SizeMax(count);
+        const qv::Utf8Progress bulk = qv::avx2::EncodeUtf8(text, count, out, room, {});
+        return Whole(qv::plain::EncodeUtf8(text, count, out, room, bulk), count);
     },
 };
 #endif
@@ -282,6 +283,45 @@ TEST(Utf8, LossyEncodingPutsOneQuestionMarkForEach) {
     EXPECT_EQ(bytes, std::string(40, '?'));
 }
 
+// The text is encoded into `room` bytes first; the rest is encoded when there is room for it.
+void CheckEncodingInTwoSteps(const std::wstring& text, size_t room) {
+    const std::string whole = qvmodel::EncodeUtf8(text, '?').value();
+    std::string bytes(std::max(room, whole.size()) + kGuards, kGuard);
+    const qv::Utf8Progress first = qv::EncodeUtf8Lossy(text.data(), text.size(), bytes.data(), room, {});
+    ASSERT_LE(first.written, room);
+    ASSERT_EQ(bytes.find_first_not_of(kGuard, room), std::string::npos) << "wrote beyond the room";
+    ASSERT_EQ(qvmodel::EncodeUtf8(text.substr(0, first.read), '?'), bytes.substr(0, first.written));
+    if (first.read < text.size()) {
+        const auto next = qvmodel::EncodeUtf8(text.substr(first.read, 1), '?');
+        ASSERT_GT(first.written + next->size(), room) << "stopped although there was room";
+    }
+    const qv::Utf8Progress rest =
+        qv::EncodeUtf8Lossy(text.data(), text.size(), bytes.data(), whole.size(), first);
+    ASSERT_EQ(rest.read, text.size());
+    ASSERT_EQ(bytes.substr(0, rest.written), whole);
+}
+
+TEST(Utf8, LossyEncodingGoesOnWhereTheRoomEnded) {
+    std::wstring text = std::wstring(40, L'a') + std::wstring(20, L'\u00E9') + std::wstring(20, L'\u3042') +
+                        std::wstring(20, L'\U0001F600');
+    text[50] = 0xDC00;
+    text[90] = -1;
+    for (size_t room = 0; room <= 260; ++room) {
+        CheckEncodingInTwoSteps(text, room);
+        if (HasFatalFailure()) FAIL() << room;
+    }
+}
+
+TEST(Utf8, TheSizeIsExactForCodePointsAndEnoughForAnythingElse) {
+    EXPECT_EQ(qv::Utf8Size(nullptr, 0), 0U);
+    for (const wchar_t c : {0, 0x7F, 0x80, 0x7FF, 0x800, 0xFFFF, 0x10000, 0x10FFFF}) {
+        const std::wstring text(100000, c);
+        EXPECT_EQ(qv::Utf8Size(text.data(), text.size()), 100000 * Utf8({&c, 1}).size());
+    }
+    const std::wstring wrong = {0xD800, 0x110000, -1};
+    EXPECT_GE(qv::Utf8Size(wrong.data(), wrong.size()), 3U);
+}
+
 // ---- at random ----
 
 wchar_t RandomCharacter(std::mt19937& random, unsigned kind) {
@@ -342,7 +382,8 @@ TEST(Utf8, TheVectorLoopsDoTheBulk) {
         std::vector<char> narrow(qv::Utf8SizeMax(text.size()));
         EXPECT_GT(qv::avx2::DecodeUtf8(bytes.data(), bytes.size(), wide.data(), wide.size()).read,
                   bytes.size() - 80);
-        EXPECT_GT(qv::avx2::EncodeUtf8(text.data(), text.size(), narrow.data(), {}).read, text.size() - 8);
+        EXPECT_GT(qv::avx2::EncodeUtf8(text.data(), text.size(), narrow.data(), narrow.size(), {}).read,
+                  text.size() - 8);
     }
 }
 #endif
