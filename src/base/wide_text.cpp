@@ -52,7 +52,7 @@ void WideText::Replace(size_t location, size_t count, std::wstring_view text) {
         Copy(data_ + location, text);
         return Terminate(length);
     }
-    const size_t capacity = std::max<size_t>(capacity_, GrownCapacity(length));
+    const size_t capacity = length <= capacity_ ? capacity_ : GrownCapacity(length);
     wchar_t* data = Allocate(capacity);
     Copy(data, head);
     Copy(data + location, text);

@@ -97,6 +97,13 @@ TEST(WideText, AppendingAllocatesALogarithmicNumberOfTimes) {
     EXPECT_LE(moves, 20U);
 }
 
+TEST(WideText, ReplacingAPartByItselfNeedsNoMoreRoomThanItsLength) {
+    WideText text(Letters(30));
+    for (int i = 0; i < 100; ++i) text.Replace(0, 30, text.View());
+    EXPECT_EQ(text.View(), Letters(30));
+    EXPECT_EQ(text.Capacity(), 30U);
+}
+
 TEST(WideText, TooLongIsALengthError) {
     WideText text(L"ab");
     EXPECT_THROW((void)text.AppendRoom(WideText::kMaxLength - 1), std::length_error);
