@@ -16,6 +16,17 @@ QV_BEGIN_DECLS
  */
 QV_EXPORT void QVTemporaryObjectsPoolHandleEvents(void) QV_NOTHROW;
 
+/**
+ * A new stream over Data, which is retained, that reads, overwrites in place and grows the Data at its end;
+ * owned by the caller. Null for null Data and when memory runs out. Its type ID is 65535. Reason: the stream
+ * of QVStreamCreateWithData cannot read and begins again after 1024 bytes.
+ *
+ * Put bytes are in the Data when the call returns. Results as for a data stream (QVStream.h), except that
+ * QVStreamFlush answers 0: an exact read that came short is QVErrReadShort; bytes that the Data cannot take,
+ * because it is read-only or cannot grow, are QVErrMemory, and none of them counts as written.
+ */
+QV_EXPORT void* QVStreamCreateWithMemory(void* data) QV_NOTHROW;
+
 QV_END_DECLS
 
 #endif

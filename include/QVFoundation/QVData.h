@@ -76,6 +76,21 @@ QV_EXPORT QVBoolean QVDataSetBytes(void* data, const void* bytes, unsigned long 
 QV_EXPORT QVBoolean QVDataGetBytes(void* data, void* buffer, unsigned long offset, unsigned long length,
                                    unsigned long* copied) QV_NOTHROW;
 
+/**
+ * Writes all bytes to the file at the path, which is made when it is not there, and cuts off what an older
+ * file had beyond them. Empty and null Data leave an older file's bytes and length as they are. The answer is
+ * the result code of the file function that failed (see QVFile.h), or 0; a file whose writing failed is cut
+ * after what was written.
+ */
+QV_EXPORT int QVDataWriteToFile(void* data, void* path) QV_NOTHROW;
+
+/**
+ * The contents of the file at the path, as a temporary object; empty Data for an empty file. Null when the
+ * file cannot be read, when it holds 2^32 - 1 bytes or more, and when memory runs out (which is logged as by
+ * QVDataCreate).
+ */
+QV_EXPORT void* QVDataCreateFromFile(void* path) QV_NOTHROW;
+
 QV_END_DECLS
 
 #endif

@@ -26,6 +26,7 @@
 #include <QVFoundation/QVPlatformObject.h>
 #include <QVFoundation/QVRingList.h>
 #include <QVFoundation/QVScanner.h>
+#include <QVFoundation/QVStream.h>
 #include <QVFoundation/QVString.h>
 #include <QVFoundation/QVTemporaryObjectsPool.h>
 
