@@ -125,7 +125,9 @@ TEST_F(DataFile, EveryFileSystemCallMayFail) {
     const Owned target = Text(place / "target");
     const std::size_t failures = qvtest::FailEachFileCall(FileError::kOther, [&](FailingFiles& files) {
         void* data = QVDataCreateFromFile(pathText.Get());
-        EXPECT_TRUE(data == nullptr || BytesOf(data) == "contents");
+        // A size that cannot be told counts as 0.
+        const bool isWhole = data != nullptr && BytesOf(data) == "contents";
+        EXPECT_TRUE(data == nullptr || isWhole || QVDataGetSize(data) == 0);
         QVDataWriteToFile(data, target.Get());
         EXPECT_EQ(files.OpenDescriptors(), 0);
     });
