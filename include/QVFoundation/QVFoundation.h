@@ -15,6 +15,7 @@
 #include <QVFoundation/QVEncoding.h>
 #include <QVFoundation/QVEnumerator.h>
 #include <QVFoundation/QVFile.h>
+#include <QVFoundation/QVFileManager.h>
 #include <QVFoundation/QVHTMLCharSet.h>
 #include <QVFoundation/QVHashValue.h>
 #include <QVFoundation/QVLibrary.h>

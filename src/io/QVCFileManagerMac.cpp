@@ -1,5 +1,6 @@
 #include "io/QVCFileManagerMac.h"
 
+#include <new>
 #include <optional>
 #include <string>
 
@@ -85,7 +86,10 @@ void* QVCFileManagerMac::TokenizePathComponents(void* path) {
     const Owned scanner(qv::RequireObject(QVScannerCreateWithString(path)));
     for (void* piece = nullptr; QVScannerScanUpToCharacters(scanner.Get(), L"/", &piece) != 0;) {
         const Owned component(CreateWithoutSeparator(qv::RequireObject(piece)));
+        const unsigned long count = QVArrayGetCount(components.Get());
         QVArrayAddObject(components.Get(), component.Get());
+        // A component that found no room would make the rest name another directory.
+        if (QVArrayGetCount(components.Get()) == count) throw std::bad_alloc();
     }
     return components.Detach();
 }

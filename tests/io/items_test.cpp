@@ -33,7 +33,7 @@ void MakeTree(const TemporaryDirectory& place) {
     std::filesystem::create_directories(place / "tree/inner/empty");
     std::filesystem::create_directory(place / "to");
     WriteFile(place / "tree/one", "1");
-    WriteFile(place / "tree/inner/two", std::string(700'000, '2'));
+    WriteFile(place / "tree/inner/two", std::string(300'000, '2'));
     WriteFile(place / "tree/inner/\xFF not text", "bytes");
     std::filesystem::create_symlink("one", place / "tree/link");
     std::filesystem::create_symlink("nowhere", place / "tree/dangling");
@@ -56,7 +56,7 @@ TEST(CopyItem, AFileGoesIntoTheDirectoryUnderItsName) {
     const auto time = std::filesystem::file_time_type::clock::now() - std::chrono::hours(100);
     std::filesystem::last_write_time(place / "tree/inner/two", time);
     EXPECT_EQ(CopyItem(place / "tree/inner/two", place / "to"), FileError::kNone);
-    EXPECT_EQ(ReadFile(place / "to/two"), std::string(700'000, '2'));
+    EXPECT_EQ(ReadFile(place / "to/two"), std::string(300'000, '2'));
     EXPECT_EQ(ModeOf(place / "to/two"), 0451U);
     EXPECT_EQ(std::filesystem::last_write_time(place / "to/two"), time);
     EXPECT_TRUE(Exists(place / "tree/inner/two"));
@@ -68,7 +68,7 @@ TEST(CopyItem, ADirectoryGoesWithEverythingInIt) {
     ASSERT_EQ(chmod((place / "tree/inner").c_str(), 0555), 0);
     EXPECT_EQ(CopyItem(place / "tree/", place / "to/"), FileError::kNone);
     EXPECT_EQ(ReadFile(place / "to/tree/one"), "1");
-    EXPECT_EQ(ReadFile(place / "to/tree/inner/two"), std::string(700'000, '2'));
+    EXPECT_EQ(ReadFile(place / "to/tree/inner/two"), std::string(300'000, '2'));
     EXPECT_EQ(ReadFile(place / "to/tree/inner/\xFF not text"), "bytes");
     EXPECT_TRUE(std::filesystem::is_empty(place / "to/tree/inner/empty"));
     EXPECT_EQ(ModeOf(place / "to/tree/inner"), 0555U);
@@ -136,7 +136,7 @@ TEST(CopyItem, DepthCostsNoStack) {
     const TemporaryDirectory place;
     std::filesystem::create_directory(place / "to");
     std::string path = place / "deep";
-    while (path.size() < 600)
+    while (path.size() < 400)
         path += "/d";
     std::filesystem::create_directories(path);
     EXPECT_EQ(CopyItem(place / "deep", place / "to"), FileError::kNone);
@@ -152,7 +152,7 @@ TEST(CopyItem, EveryCallMayFailAndNothingOfAFailedCopyStays) {
             const bool isCopied = CopyItem(place / "tree", place / "to") == FileError::kNone;
             EXPECT_EQ(files.OpenDescriptors(), 0);
             EXPECT_EQ(std::filesystem::is_empty(place / "to"), !isCopied) << files.Calls();
-            EXPECT_TRUE(!isCopied || ReadFile(place / "to/tree/inner/two") == std::string(700'000, '2'));
+            EXPECT_TRUE(!isCopied || ReadFile(place / "to/tree/inner/two") == std::string(300'000, '2'));
             std::filesystem::remove_all(place / "to/tree");
         });
         EXPECT_GT(failures, 30U);
@@ -163,7 +163,7 @@ TEST(CopyItem, AFullDiskLeavesNothingOfTheCopy) {
     const TemporaryDirectory place;
     MakeTree(place);
     FailingFiles files;
-    files.LimitDisk(300'000);
+    files.LimitDisk(200'000);
     EXPECT_EQ(CopyItem(place / "tree", place / "to"), FileError::kOther);
     EXPECT_TRUE(std::filesystem::is_empty(place / "to"));
 }
@@ -188,7 +188,7 @@ TEST(CopyItem, EveryAllocationMayFailAndNothingOfAFailedCopyStays) {
     });
     EXPECT_GT(failures, 20U);
     EXPECT_EQ(ReadFile(place / "to/tree"), "already here");
-    EXPECT_EQ(ReadFile(place / "free/tree/inner/two"), std::string(700'000, '2'));
+    EXPECT_EQ(ReadFile(place / "free/tree/inner/two"), std::string(300'000, '2'));
 }
 
 TEST(RemoveItem, TakesFilesLinksAndEmptyDirectories) {

@@ -2,8 +2,6 @@
 
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <optional>
-#include <regex>
 #include <stdlib.h>
 #include <string>
 #include <sys/stat.h>
@@ -13,6 +11,7 @@
 #include <QVFoundation/QVFile.h>
 
 #include "io/paths.h"
+#include "support/environment.h"
 #include "support/failing_allocator.h"
 #include "support/failing_files.h"
 #include "support/temporary_directory.h"
@@ -29,22 +28,6 @@ using qvtest::TemporaryDirectory;
 using qvtest::WriteFile;
 
 namespace {
-
-// Sets an environment variable for one test.
-class Environment {
-public:
-    Environment(const char* name, const std::string& value) : name_(name) {
-        if (const char* old = getenv(name)) old_ = old;
-        setenv(name, value.c_str(), 1);
-    }
-    Environment(const Environment&) = delete;
-    Environment& operator=(const Environment&) = delete;
-    ~Environment() { old_ ? setenv(name_, old_->c_str(), 1) : unsetenv(name_); }
-
-private:
-    const char* name_;
-    std::optional<std::string> old_;
-};
 
 // A place for items, and the user's data directory beside it.
 class TrashTest : public testing::Test {
@@ -66,7 +49,7 @@ protected:
     }
 
     const TemporaryDirectory place;
-    const Environment data{"XDG_DATA_HOME", place / "data"};
+    const qvtest::ScopedVariable data{"XDG_DATA_HOME", (place / "data").c_str()};
 };
 
 // Where the trash of the file system that holds the temporary directory would lie.
@@ -99,9 +82,14 @@ TEST_F(TrashTest, TheInfoTellsWhereItWasAndWhenItWent) {
     std::filesystem::create_directory(place / "sub dir");
     WriteFile(place / "sub dir/100% a", "");
     EXPECT_EQ(QVFileDelete(FileAt(place / "sub dir/100% a").Get(), 1), QVNoErr);
-    const std::regex wanted("\\[Trash Info\\]\nPath=" + (place / "sub%20dir/100%25%20a") +
-                            "\nDeletionDate=20\\d\\d-[01]\\d-[0-3]\\dT[0-2]\\d:[0-5]\\d:[0-6]\\d\n");
-    EXPECT_TRUE(std::regex_match(ReadFile(Info("100% a.1")), wanted)) << ReadFile(Info("100% a.1"));
+    const std::string info = ReadFile(Info("100% a.1"));
+    const std::string beginning =
+        "[Trash Info]\nPath=" + (place / "sub%20dir/100%25%20a") + "\nDeletionDate=";
+    ASSERT_TRUE(info.starts_with(beginning)) << info;
+    std::string date = info.substr(beginning.size());
+    for (char& c : date)
+        c = c >= '0' && c <= '9' ? '9' : c;
+    EXPECT_EQ(date, "9999-99-99T99:99:99\n");
     struct stat status;
     ASSERT_EQ(stat((place / "data/Trash/files").c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0700U);
@@ -164,8 +152,8 @@ TEST_F(TrashTest, AFileThatHasGoneIsNotFound) {
 }
 
 TEST_F(TrashTest, WithoutAnAbsoluteDataDirectoryTheHomeDirectorysIsUsed) {
-    const Environment relative("XDG_DATA_HOME", "relative");
-    const Environment home("HOME", place / "home");
+    const qvtest::ScopedVariable relative("XDG_DATA_HOME", "relative");
+    const qvtest::ScopedVariable home("HOME", (place / "home").c_str());
     std::filesystem::create_directory(place / "home");
     WriteFile(place / "a", "abc");
     EXPECT_EQ(QVFileDelete(FileAt(place / "a").Get(), 1), QVNoErr);
