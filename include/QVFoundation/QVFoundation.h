@@ -30,5 +30,6 @@
 #include <QVFoundation/QVStream.h>
 #include <QVFoundation/QVString.h>
 #include <QVFoundation/QVTemporaryObjectsPool.h>
+#include <QVFoundation/QVTree.h>
 
 #endif

@@ -96,7 +96,7 @@ TEST(HandleList, ListAndCursorsDoWhatAVectorWithIndicesDoes) {
     for (int step = 0; step < 120000; ++step) {
         const std::size_t which = random() % ModelledList::kCursorCount;
         const std::size_t count = list.Count();
-        const std::size_t growth = step % 4000 < 2000 ? 8 : 4;
+        const std::size_t growth = step % 4000 < 2000 ? 6 : 4;
         const std::size_t choice = random() % 16;
         ASSERT_NO_FATAL_FAILURE({
             if (choice < growth) {
