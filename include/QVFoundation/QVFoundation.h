@@ -7,6 +7,7 @@
 #include <QVFoundation/QVAdditions.h>
 #include <QVFoundation/QVArray.h>
 #include <QVFoundation/QVBase64.h>
+#include <QVFoundation/QVBitStream.h>
 #include <QVFoundation/QVBlockTransform.h>
 #include <QVFoundation/QVBlowfish.h>
 #include <QVFoundation/QVData.h>

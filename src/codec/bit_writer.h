@@ -1,11 +1,11 @@
-// Bits into a byte buffer, most significant first: the compressor's fast way to what an output bit stream writes in
-// its default mode.
+// Bits into a byte buffer, most significant first: the compressor's fast way to what an output bit stream
+// writes in its default mode.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
-#include "base/load_word.h"
+#include "base/big_endian.h"
 
 namespace qv {
 
@@ -21,9 +21,10 @@ public:
 
     // Writes the low `count` bits of `value`, whose other bits are zero; count is 0 .. kMostBits.
     void Put(std::uint64_t value, unsigned count) noexcept {
-        waiting_ |= value << (63 - waitingBits_ - count) << 1;  // in two shifts, since 64 at once is undefined
+        waiting_ |= value << (63 - waitingBits_ - count)
+                          << 1;  // in two shifts, since 64 at once is undefined
         waitingBits_ += count;
-        StoreBigEndian64(next_, waiting_);
+        StoreBig64(waiting_, next_);
         const unsigned bytes = waitingBits_ / 8;
         next_ += bytes;
         waiting_ <<= 8 * bytes;

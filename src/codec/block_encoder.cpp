@@ -22,7 +22,8 @@ unsigned ExtraBits(unsigned distanceClass) noexcept {
 
 std::size_t UsedSymbols(const std::vector<std::uint32_t>& lengths) noexcept {
     std::size_t used = lengths.size();
-    while (used > 0 && lengths[used - 1] == 0) --used;
+    while (used > 0 && lengths[used - 1] == 0)
+        --used;
     return used;
 }
 
@@ -36,7 +37,8 @@ void ForEachLengthSymbol(const std::vector<std::uint32_t>& lengths, std::size_t 
             continue;
         }
         std::size_t run = 1;
-        while (lengths[i + run] == 0) ++run;  // ends, as the last used length is not zero
+        while (lengths[i + run] == 0)
+            ++run;  // ends, as the last used length is not zero
         i += run;
         if (run == 1 || run == 2 || run == 19) emit(kOneZero, 0, 0);
         if (run == 2) emit(kOneZero, 0, 0);
@@ -78,12 +80,14 @@ std::size_t BlockEncoder::CountTokens(const std::uint16_t* tokens, std::size_t v
     return count;
 }
 
-// The lengths go through a third code whose own lengths, and the number of entries, are not written. This is how the
-// format stands.
-void BlockEncoder::EncodeLiteralBitLengthTable(BitWriter& bits, const std::vector<std::uint32_t>& lengths) noexcept {
+// The lengths go through a third code whose own lengths, and the number of entries, are not written. This is
+// how the format stands.
+void BlockEncoder::EncodeLiteralBitLengthTable(BitWriter& bits,
+                                               const std::vector<std::uint32_t>& lengths) noexcept {
     std::array<std::uint32_t, kLiteralSymbols> counts{};
     const std::size_t used = UsedSymbols(lengths);
-    ForEachLengthSymbol(lengths, used, [&](std::uint32_t symbol, std::size_t, unsigned) { ++counts[symbol]; });
+    ForEachLengthSymbol(lengths, used,
+                        [&](std::uint32_t symbol, std::size_t, unsigned) { ++counts[symbol]; });
     lengthCodes_.Build(counts.data(), counts.size());
     if (lengthCodes_.IsSingleNode()) {
         // One symbol, or none: its number stands for the whole table.
@@ -97,7 +101,8 @@ void BlockEncoder::EncodeLiteralBitLengthTable(BitWriter& bits, const std::vecto
     });
 }
 
-void BlockEncoder::EncodeDistanceBitLengthTable(BitWriter& bits, const std::vector<std::uint32_t>& lengths) noexcept {
+void BlockEncoder::EncodeDistanceBitLengthTable(BitWriter& bits,
+                                                const std::vector<std::uint32_t>& lengths) noexcept {
     const std::size_t used = UsedSymbols(lengths);
     bits.Put(used, 4);
     for (std::size_t i = 0; i < used; ++i) {
@@ -111,9 +116,11 @@ void BlockEncoder::EncodeDistanceBitLengthTable(BitWriter& bits, const std::vect
     }
 }
 
-void BlockEncoder::EncodeTokens(BitWriter& bits, const std::uint16_t* tokens, std::size_t valueCount) noexcept {
+void BlockEncoder::EncodeTokens(BitWriter& bits, const std::uint16_t* tokens,
+                                std::size_t valueCount) noexcept {
     std::array<Code, kLiteralSymbols> literalCodes;
-    for (std::size_t i = 0; i < kLiteralSymbols; ++i) literalCodes[i] = {literals_.Patterns()[i], literals_.Lengths()[i]};
+    for (std::size_t i = 0; i < kLiteralSymbols; ++i)
+        literalCodes[i] = {literals_.Patterns()[i], literals_.Lengths()[i]};
     std::array<Code, kDistanceSymbols> distanceCodes;
     for (std::size_t i = 0; i < kDistanceSymbols; ++i) {
         distanceCodes[i] = {distances_.Patterns()[i], distances_.Lengths()[i]};

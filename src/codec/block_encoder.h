@@ -33,8 +33,8 @@ private:
     static constexpr std::size_t kLiteralSymbols = 512;
     // The number of significant bits of an offset; 14 and 15 never occur.
     static constexpr std::size_t kDistanceSymbols = 16;
-    // A literal is at most 16 bits and a match of at least 3 bytes at most 16 + 16 + 12, so a byte of the source takes
-    // at most 2; the length tables take at most 512 x 25 and 4 + 16 x 13 bits.
+    // A literal is at most 16 bits and a match of at least 3 bytes at most 16 + 16 + 12, so a byte of the
+    // source takes at most 2; the length tables take at most 512 x 25 and 4 + 16 x 13 bits.
     static constexpr std::size_t kMostBodyBytes = 2 * kChunkSize + 2048;
 
     // A symbol's code, ready to be written.
@@ -45,7 +45,8 @@ private:
 
     std::size_t CountTokens(const std::uint16_t* tokens, std::size_t valueCount) noexcept;
     void EncodeLiteralBitLengthTable(BitWriter& bits, const std::vector<std::uint32_t>& lengths) noexcept;
-    static void EncodeDistanceBitLengthTable(BitWriter& bits, const std::vector<std::uint32_t>& lengths) noexcept;
+    static void EncodeDistanceBitLengthTable(BitWriter& bits,
+                                             const std::vector<std::uint32_t>& lengths) noexcept;
     void EncodeTokens(BitWriter& bits, const std::uint16_t* tokens, std::size_t valueCount) noexcept;
 
     std::array<std::uint32_t, kLiteralSymbols> literalCounts_{};

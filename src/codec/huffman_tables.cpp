@@ -22,7 +22,8 @@ void HuffmanTables::Build(const std::uint32_t* frequencies, std::size_t count) {
         MergeNodes();
         SetDepths();
         LimitLengths();
-        for (std::size_t i = 0; i < leafCount_; ++i) lengths_[nodes_[i].symbol] = nodes_[i].codeLength;
+        for (std::size_t i = 0; i < leafCount_; ++i)
+            lengths_[nodes_[i].symbol] = nodes_[i].codeLength;
     }
     MakePatterns();
 }
@@ -37,33 +38,37 @@ void HuffmanTables::CollectLeaves(const std::uint32_t* frequencies, std::size_t 
 
     nodes_.clear();
     for (const std::uint64_t entry : sorted_) {
-        nodes_.push_back({static_cast<std::uint32_t>(entry >> 32), static_cast<std::int32_t>(entry & 0xFFFFFFFFu), 0,
-                          HuffmanNode::kNoChild, HuffmanNode::kNoChild});
+        nodes_.push_back({static_cast<std::uint32_t>(entry >> 32),
+                          static_cast<std::int32_t>(entry & 0xFFFFFFFFu), 0, HuffmanNode::kNoChild,
+                          HuffmanNode::kNoChild});
     }
     leafCount_ = nodes_.size();
 }
 
-// With one symbol the root is a node of its own, of frequency 1, and the symbol keeps the length 0; without any the
-// root stands for symbol 0. Both are required.
+// With one symbol the root is a node of its own, of frequency 1, and the symbol keeps the length 0; without
+// any the root stands for symbol 0. Both are required.
 void HuffmanTables::MakeSingleNode() {
     const std::int32_t symbol = leafCount_ == 1 ? nodes_[0].symbol : 0;
     nodes_.assign(1, {1, symbol, 0, HuffmanNode::kNoChild, HuffmanNode::kNoChild});
 }
 
-// Joins the two first nodes of the list until one is left. The list is ordered by frequency; among equal ones inner
-// nodes come before leaves (this fixes the tree's shape and is required), in the order of their making. So it is kept
-// as two rows, the leaves and the inner nodes: a new inner node goes behind those of equal frequency, which is the
-// row's end unless a sum has wrapped around at 32 bits.
+// Joins the two first nodes of the list until one is left. The list is ordered by frequency; among equal ones
+// inner nodes come before leaves (this fixes the tree's shape and is required), in the order of their making.
+// So it is kept as two rows, the leaves and the inner nodes: a new inner node goes behind those of equal
+// frequency, which is the row's end unless a sum has wrapped around at 32 bits.
 void HuffmanTables::MergeNodes() {
     std::size_t nextLeaf = 0;
     std::size_t nextInner = 0;
     waiting_.clear();
     const auto takeFirst = [&] {
-        const bool inner = nextInner < waiting_.size() &&
-                           (nextLeaf == leafCount_ || nodes_[waiting_[nextInner]].frequency <= nodes_[nextLeaf].frequency);
+        const bool inner =
+            nextInner < waiting_.size() &&
+            (nextLeaf == leafCount_ || nodes_[waiting_[nextInner]].frequency <= nodes_[nextLeaf].frequency);
         return inner ? waiting_[nextInner++] : static_cast<std::uint32_t>(nextLeaf++);
     };
-    const auto isRarer = [&](std::uint32_t frequency, std::uint32_t node) { return frequency < nodes_[node].frequency; };
+    const auto isRarer = [&](std::uint32_t frequency, std::uint32_t node) {
+        return frequency < nodes_[node].frequency;
+    };
 
     for (std::size_t merge = 1; merge < leafCount_; ++merge) {
         const std::uint32_t a = takeFirst();
@@ -73,7 +78,8 @@ void HuffmanTables::MergeNodes() {
         nodes_.push_back({sum, -1, 0, a, b});
         auto at = waiting_.end();
         if (nextInner < waiting_.size() && isRarer(sum, waiting_.back())) {
-            at = std::upper_bound(waiting_.begin() + static_cast<std::ptrdiff_t>(nextInner), at, sum, isRarer);
+            at =
+                std::upper_bound(waiting_.begin() + static_cast<std::ptrdiff_t>(nextInner), at, sum, isRarer);
         }
         waiting_.insert(at, inner);
     }
@@ -89,22 +95,25 @@ void HuffmanTables::SetDepths() noexcept {
 
 HuffmanTables::LengthCounts HuffmanTables::CountLengths() const noexcept {
     LengthCounts counts{};
-    for (std::size_t i = 0; i < leafCount_; ++i) ++counts[std::min(nodes_[i].codeLength, kMaxCodeLength)];
+    for (std::size_t i = 0; i < leafCount_; ++i)
+        ++counts[std::min(nodes_[i].codeLength, kMaxCodeLength)];
     return counts;
 }
 
-// Shortens codes of more than 16 bits to 16 and makes up for it by lengthening shorter ones: each step takes a leaf of
-// length 16 and hangs it, with a leaf from above, below that leaf's place.
+// Shortens codes of more than 16 bits to 16 and makes up for it by lengthening shorter ones: each step takes
+// a leaf of length 16 and hangs it, with a leaf from above, below that leaf's place.
 void HuffmanTables::LimitLengths() noexcept {
     LengthCounts counts = CountLengths();
     std::uint64_t used = 0;  // of the 65536 codes of 16 bits
-    for (unsigned length = 1; length <= kMaxCodeLength; ++length) used += counts[length] << (kMaxCodeLength - length);
+    for (unsigned length = 1; length <= kMaxCodeLength; ++length)
+        used += counts[length] << (kMaxCodeLength - length);
     if (used <= 65536) return;
 
     for (std::uint64_t excess = used - 65536; excess > 0; --excess) {
         // Starting at 13 where 15 would do is required: it decides which lengths come out.
         int length = 13;
-        while (length >= 0 && counts[length] == 0) --length;
+        while (length >= 0 && counts[length] == 0)
+            --length;
         if (length < 0) break;
         counts[length] -= 1;
         counts[length + 1] += 2;
@@ -112,12 +121,13 @@ void HuffmanTables::LimitLengths() noexcept {
     }
     std::size_t leaf = 0;
     for (unsigned length = kMaxCodeLength; length >= 1; --length) {
-        for (std::uint64_t i = 0; i < counts[length]; ++i) nodes_[leaf++].codeLength = length;
+        for (std::uint64_t i = 0; i < counts[length]; ++i)
+            nodes_[leaf++].codeLength = length;
     }
 }
 
-// Canonical codes, computed at the top of 16 bits. Lengths 15 and 16 get no start and no step, so that all their
-// symbols have the pattern 0: no decoder could tell them apart, but it is required.
+// Canonical codes, computed at the top of 16 bits. Lengths 15 and 16 get no start and no step, so that all
+// their symbols have the pattern 0: no decoder could tell them apart, but it is required.
 void HuffmanTables::MakePatterns() {
     constexpr unsigned kLongestWithPattern = 14;
     std::array<std::uint32_t, kMaxCodeLength + 1> start{};

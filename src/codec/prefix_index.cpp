@@ -33,7 +33,8 @@ void PrefixIndex::SwitchNextLevelOn(const std::uint8_t* window, int base, int en
     Level& level = (*levels_)[activeLevels_];
     ++activeLevels_;
     level.buckets.fill({kNone, kSpare});
-    for (int place = base; place + length + 1 <= end; ++place) Enter(level, BucketAt(window + place, length), place);
+    for (int place = base; place + length + 1 <= end; ++place)
+        Enter(level, BucketAt(window + place, length), place);
 }
 
 }  // namespace qv

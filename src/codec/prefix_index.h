@@ -9,24 +9,25 @@
 #include <cstring>
 #include <memory>
 
-#include "base/load_word.h"
+#include "base/big_endian.h"
 
 namespace qv {
 
 // Finds the oldest of the longest matches in a window that has not been rebased.
 //
-// The dictionary's rules make every older place that shares the first two bytes a candidate, oldest first, and a
-// later candidate wins only when it is strictly longer. Walking them all takes thousands of steps a search on
-// data with few symbols. But the longest match is among the holders of the longest prefix that occurs at all, and
-// the oldest of the longest is the oldest among those as well. So there are lists by prefixes of several lengths
-// (levels), each from the oldest place to the newest, and a search climbs: the oldest holder of three bytes gives
-// a length, and after that only holders of one byte more are worth a look.
+// The dictionary's rules make every older place that shares the first two bytes a candidate, oldest first,
+// and a later candidate wins only when it is strictly longer. Walking them all takes thousands of steps a
+// search on data with few symbols. But the longest match is among the holders of the longest prefix that
+// occurs at all, and the oldest of the longest is the oldest among those as well. So there are lists by
+// prefixes of several lengths (levels), each from the oldest place to the newest, and a search climbs: the
+// oldest holder of three bytes gives a length, and after that only holders of one byte more are worth a look.
 //
-// Levels above the first are switched on when walks get long, so data with short lists pays for one level only.
+// Levels above the first are switched on when walks get long, so data with short lists pays for one level
+// only.
 //
-// A place is entered one byte late: at level n when n + 1 bytes are known from it on. The rules end a walk at the
-// first place that comes within the best length so far (plus one) of the window's end; entered so, no list holds a
-// place that the rules would have dropped in favour of a shorter, older match.
+// A place is entered one byte late: at level n when n + 1 bytes are known from it on. The rules end a walk at
+// the first place that comes within the best length so far (plus one) of the window's end; entered so, no
+// list holds a place that the rules would have dropped in favour of a shorter, older match.
 class PrefixIndex {
 public:
     // The window is an array of this size, followed by kPadding readable bytes of any value.
@@ -39,7 +40,8 @@ public:
     // Forgets every place.
     void Reset() noexcept;
 
-    // The window has grown by `value` and ends at `end` now. It must not have been longer since the last reset.
+    // The window has grown by `value` and ends at `end` now. It must not have been longer since the last
+    // reset.
     void Append(const std::uint8_t* window, int end, std::uint8_t value) noexcept;
 
     // The window does not begin at `base` any longer, but one byte further.
@@ -54,13 +56,14 @@ public:
     };
 
     // The oldest of the longest matches with `lookahead` among the places before end - 3: at least 3, at most
-    // `limit` bytes. `lookahead` has limit + 8 readable bytes. Bytes of the window behind `end` count as they are.
+    // `limit` bytes. `lookahead` has limit + 8 readable bytes. Bytes of the window behind `end` count as they
+    // are.
     [[nodiscard]] Match Search(const std::uint8_t* window, int base, int end, const std::uint8_t* lookahead,
                                int limit) noexcept;
 
 private:
-    // Prefix lengths of the levels. Matches in text end at 3 to 5 bytes, which the first two sort out; data of two
-    // symbols needs about 13 bytes to tell 8192 places apart.
+    // Prefix lengths of the levels. Matches in text end at 3 to 5 bytes, which the first two sort out; data
+    // of two symbols needs about 13 bytes to tell 8192 places apart.
     static constexpr std::array<int, 6> kPrefixLengths{3, 4, 6, 8, 12, 24};
     static constexpr int kLevelCount = static_cast<int>(kPrefixLengths.size());
     // 8192 buckets for at most 8192 places: one other prefix in a list on average, and 32 KiB a level.
@@ -69,8 +72,8 @@ private:
     static constexpr int kSeenBits = 17;
     // Multiplying by 2^64 divided by the golden ratio spreads prefixes over the product's top bits.
     static constexpr std::uint64_t kSpread = 0x9E3779B97F4A7C15u;
-    // A search may take this many steps for nothing; what it takes beyond is summed up, and at the second number
-    // the next level pays for itself (entering 8192 places costs about as much as that many steps).
+    // A search may take this many steps for nothing; what it takes beyond is summed up, and at the second
+    // number the next level pays for itself (entering 8192 places costs about as much as that many steps).
     static constexpr int kCheapSteps = 16;
     static constexpr int kStepsForNextLevel = 1024;
 
@@ -89,9 +92,13 @@ private:
     };
 
     // A prefix of up to 8 bytes is a number: its bytes, most significant first.
-    static std::size_t BucketOf(std::uint64_t prefix) noexcept { return (prefix * kSpread) >> (64 - kBucketBits); }
+    static std::size_t BucketOf(std::uint64_t prefix) noexcept {
+        return (prefix * kSpread) >> (64 - kBucketBits);
+    }
     static std::size_t BucketAt(const std::uint8_t* bytes, int length) noexcept;
-    static std::size_t SeenBit(std::uint64_t triple) noexcept { return (triple * kSpread) >> (64 - kSeenBits); }
+    static std::size_t SeenBit(std::uint64_t triple) noexcept {
+        return (triple * kSpread) >> (64 - kSeenBits);
+    }
 
     static void Enter(Level& level, std::size_t bucket, int place) noexcept;
     static int MatchLength(const std::uint8_t* a, const std::uint8_t* b, int limit) noexcept;
@@ -102,8 +109,8 @@ private:
     std::unique_ptr<std::array<Level, kLevelCount>> levels_;
     // Which triples have ever been entered, by hash.
     std::array<std::uint64_t, (std::size_t{1} << kSeenBits) / 64> seen_;
-    // The newest 8 bytes, the newest in the low byte. Reading them back from the window would wait for single-byte
-    // stores that are still under way.
+    // The newest 8 bytes, the newest in the low byte. Reading them back from the window would wait for
+    // single-byte stores that are still under way.
     std::uint64_t newestBytes_ = 0;
     int activeLevels_ = 1;
     int wastedSteps_ = 0;
@@ -112,9 +119,10 @@ private:
 // The functions below run once or more a token and are inline for that reason.
 
 inline std::size_t PrefixIndex::BucketAt(const std::uint8_t* bytes, int length) noexcept {
-    std::uint64_t hash = LoadBigEndian64(bytes);
+    std::uint64_t hash = LoadBig64(bytes);
     if (length <= 8) return BucketOf(hash >> (64 - 8 * length));
-    for (int at = length - 8; at > 0; at -= 8) hash = (hash * kSpread >> 32) ^ LoadBigEndian64(bytes + at);
+    for (int at = length - 8; at > 0; at -= 8)
+        hash = (hash * kSpread >> 32) ^ LoadBig64(bytes + at);
     return BucketOf(hash);
 }
 
@@ -153,7 +161,7 @@ inline bool PrefixIndex::HasSeen(const std::uint8_t* triple) const noexcept {
 
 inline int PrefixIndex::MatchLength(const std::uint8_t* a, const std::uint8_t* b, int limit) noexcept {
     for (int length = 0; length < limit; length += 8) {
-        const std::uint64_t difference = LoadBigEndian64(a + length) ^ LoadBigEndian64(b + length);
+        const std::uint64_t difference = LoadBig64(a + length) ^ LoadBig64(b + length);
         if (difference != 0) return std::min(limit, length + std::countl_zero(difference) / 8);
     }
     return limit;
@@ -162,17 +170,19 @@ inline int PrefixIndex::MatchLength(const std::uint8_t* a, const std::uint8_t* b
 // The level with the longest prefix of at most `length` bytes among the active ones.
 inline int PrefixIndex::HighestLevel(int length) const noexcept {
     int level = activeLevels_ - 1;
-    while (kPrefixLengths[level] > length) --level;
+    while (kPrefixLengths[level] > length)
+        --level;
     return level;
 }
 
 inline PrefixIndex::Match PrefixIndex::Search(const std::uint8_t* window, int base, int end,
                                               const std::uint8_t* lookahead, int limit) noexcept {
-    const std::uint64_t triple = LoadBigEndian64(lookahead) >> 40;
+    const std::uint64_t triple = LoadBig64(lookahead) >> 40;
     int levelIndex = 0;
     const Level* level = &(*levels_)[0];
     int place = level->buckets[BucketOf(triple)].oldest;
-    while (place != kNone && LoadBigEndian32(window + place) >> 8 != triple) place = level->next[place];
+    while (place != kNone && LoadBig32(window + place) >> 8 != triple)
+        place = level->next[place];
     if (place == kNone) return {0, 0};
 
     Match best{place, 2};

@@ -35,7 +35,8 @@ inline int SlidingWindow::LengthAt(int place, const std::uint8_t* lookahead, int
     // Nothing lies behind the array itself: there every match ends.
     const int most = std::min(limit, kSize - place);
     int length = 2;
-    while (length < most && window_[place + length] == lookahead[length]) ++length;
+    while (length < most && window_[place + length] == lookahead[length])
+        ++length;
     return length;
 }
 
@@ -48,9 +49,10 @@ bool SlidingWindow::HasPairBefore(const std::uint8_t* pair, int stop) const noex
     }
 }
 
-// The two newest places that a pair is known of. The rules leave no room for a match there once an older place has
-// the pair, even if nothing else there fits; so they count only as the pair's first occurrence.
-SlidingWindow::Match SlidingWindow::SearchNewestPlaces(const std::uint8_t* lookahead, int limit) const noexcept {
+// The two newest places that a pair is known of. The rules leave no room for a match there once an older
+// place has the pair, even if nothing else there fits; so they count only as the pair's first occurrence.
+SlidingWindow::Match SlidingWindow::SearchNewestPlaces(const std::uint8_t* lookahead,
+                                                       int limit) const noexcept {
     const int end = base_ + count_;
     const auto hasPair = [&](int place) { return PairKey(&window_[place]) == PairKey(lookahead); };
     const int place = hasPair(end - 3) ? end - 3 : end - 2;
@@ -62,15 +64,17 @@ SlidingWindow::Match SlidingWindow::SearchNewestPlaces(const std::uint8_t* looka
 // The walk of the rules. The first two bytes are taken as equal, though after a rebase they need not be.
 SlidingWindow::Match SlidingWindow::SearchLists(const std::uint8_t* lookahead, int limit) const noexcept {
     int place = heads_[PairKey(lookahead)];
-    while (place != kNone && place < base_) place = chain_[place];
+    while (place != kNone && place < base_)
+        place = chain_[place];
     if (place == kNone) return {0, 0};
 
-    // Places ascend along a list, so the first one within the best length (plus one) of the end is the last one to
-    // look at. The very first one is looked at wherever it lies.
+    // Places ascend along a list, so the first one within the best length (plus one) of the end is the last
+    // one to look at. The very first one is looked at wherever it lies.
     const int end = base_ + count_;
     int best = LengthAt(place, lookahead, limit);
     int bestPlace = place;
-    for (place = chain_[place]; place != kNone && best + place + 1 < end && best < limit; place = chain_[place]) {
+    for (place = chain_[place]; place != kNone && best + place + 1 < end && best < limit;
+         place = chain_[place]) {
         if (place + best >= kSize || window_[place + best] != lookahead[best]) continue;
         const int length = LengthAt(place, lookahead, limit);
         if (length > best) {
@@ -81,12 +85,13 @@ SlidingWindow::Match SlidingWindow::SearchLists(const std::uint8_t* lookahead, i
     return best < 3 ? Match{0, 0} : MatchAt(bestPlace, best);
 }
 
-// The end of the list that leads through `place`. Lists run into each other, so each walk shortens the way for all
-// later ones.
+// The end of the list that leads through `place`. Lists run into each other, so each walk shortens the way
+// for all later ones.
 int SlidingWindow::FindEnd(int place) noexcept {
     const auto next = [this](int at) { return later_[at] != at ? later_[at] : chain_[at]; };
     int end = place;
-    for (int at = place; at != kNone; at = next(at)) end = at;
+    for (int at = place; at != kNone; at = next(at))
+        end = at;
     while (place != end) {
         const int following = next(place);
         later_[place] = static_cast<std::int16_t>(end);
@@ -115,15 +120,18 @@ void SlidingWindow::MakeLists() noexcept {
     }
 }
 
-// Starts over at the array's beginning. That the bytes stay where they are is required: heads are those of the bytes
-// in the lower half (which stay the chunk's first ones for good), links are those of the upper half.
+// Starts over at the array's beginning. That the bytes stay where they are is required: heads are those of
+// the bytes in the lower half (which stay the chunk's first ones for good), links are those of the upper
+// half.
 void SlidingWindow::Rebase() noexcept {
     base_ = 0;
     if (!rebased_) MakeLists();
     rebased_ = true;
 
-    for (int place = kLiveSize - 1; place < kSize - 1; ++place) heads_[PairKey(&window_[place])] = kNone;
-    for (int place = kLiveSize - 2; place >= 0; --place) heads_[PairKey(&window_[place])] = place;
+    for (int place = kLiveSize - 1; place < kSize - 1; ++place)
+        heads_[PairKey(&window_[place])] = kNone;
+    for (int place = kLiveSize - 2; place >= 0; --place)
+        heads_[PairKey(&window_[place])] = place;
     for (int place = 0; place < kLiveSize; ++place) {
         const std::int32_t next = chain_[place + kLiveSize];
         chain_[place] = next == kNone ? kNone : next - kLiveSize;

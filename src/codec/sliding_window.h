@@ -1,4 +1,5 @@
-// The sliding dictionary: the last 8192 bytes appended to it, and the longest earlier occurrence of a lookahead.
+// The sliding dictionary: the last 8192 bytes appended to it, and the longest earlier occurrence of a
+// lookahead.
 #pragma once
 
 #include <algorithm>
@@ -10,14 +11,16 @@
 
 namespace qv {
 
-// The window is the live stretch of an array of twice its size. When it has slid to the array's end it starts over
-// (the rebase), and there the rules change what the lists mean, so the dictionary has two lives:
+// The window is the live stretch of an array of twice its size. When it has slid to the array's end it starts
+// over (the rebase), and there the rules change what the lists mean, so the dictionary has two lives:
 //
-// - Before the first rebase every list by byte pairs holds exactly the live places of its pair. Any way to the oldest
+// - Before the first rebase every list by byte pairs holds exactly the live places of its pair. Any way to
+// the oldest
 //   of the longest matches gives the defined answer; PrefixIndex is a quick one.
-// - A rebase moves the window's position and the links of the lists, but not the bytes. This looks like a mistake and
-//   is required: the compressed format's offsets depend on it. From then on a list leads over places that hold other
-//   pairs, lists run into each other, and only walking them as they are gives the defined answer.
+// - A rebase moves the window's position and the links of the lists, but not the bytes. This looks like a
+// mistake and
+//   is required: the compressed format's offsets depend on it. From then on a list leads over places that
+//   hold other pairs, lists run into each other, and only walking them as they are gives the defined answer.
 //
 // A chunk of 32768 bytes gets to its first rebase only when it makes more than 16384 tokens.
 class SlidingWindow {
@@ -69,8 +72,8 @@ private:
     std::unique_ptr<std::uint8_t[]> window_;
     std::int32_t base_ = 0;
     std::int32_t count_ = 0;
-    // For a place the next newer place on its list, and for a pair the oldest place on its list. Made at the first
-    // rebase.
+    // For a place the next newer place on its list, and for a pair the oldest place on its list. Made at the
+    // first rebase.
     std::unique_ptr<std::int32_t[]> chain_;
     std::unique_ptr<std::int32_t[]> heads_;
     // For a place some later place on its list, or itself when none is known: short cuts to the list's end.
@@ -84,7 +87,8 @@ inline void SlidingWindow::Append(std::uint8_t value) noexcept {
     if (!rebased_) {
         index_.Append(window_.get(), end + 1, value);
     } else {
-        // The pair's second byte is taken from the argument: a two-byte load would wait for single-byte stores.
+        // The pair's second byte is taken from the argument: a two-byte load would wait for single-byte
+        // stores.
         Link(end - 1, static_cast<std::size_t>(window_[end - 1] << 8 | value));
     }
     window_[end] = value;

@@ -13,7 +13,8 @@ public:
         : data_(&data), numberOfBits_(numberOfBits) {}
 
     int GetBits(std::uint8_t* buffer, unsigned long bits, unsigned long* done, bool exact) {
-        for (unsigned long i = 0; i < (bits + 7) / 8; ++i) buffer[i] = 0;
+        for (unsigned long i = 0; i < (bits + 7) / 8; ++i)
+            buffer[i] = 0;
         unsigned long read = 0;
         while (read < bits && !IsEnd()) {
             const bool bit = ((*data_)[static_cast<std::size_t>(byteIndex_)] & (0x80 >> bitIndex_)) != 0;
@@ -103,7 +104,8 @@ public:
     }
 
     void PutBits(const std::uint8_t* buffer, unsigned long bits, unsigned long* done) {
-        for (unsigned long i = 0; i < bits; ++i) PutOneBit((buffer[i / 8] & (0x80 >> (i % 8))) != 0);
+        for (unsigned long i = 0; i < bits; ++i)
+            PutOneBit((buffer[i / 8] & (0x80 >> (i % 8))) != 0);
         RaiseNumberOfBits();
         if (done != nullptr) *done = bits;
     }
@@ -113,7 +115,8 @@ public:
         auto wide = static_cast<std::uint64_t>(value) & ((std::uint64_t{1} << width) - 1);
         if (mode_ == 1) wide <<= width - bits;
         std::uint8_t bytes[4] = {};
-        for (unsigned i = 0; i < width / 8; ++i) bytes[i] = static_cast<std::uint8_t>(wide >> (width - 8 - 8 * i));
+        for (unsigned i = 0; i < width / 8; ++i)
+            bytes[i] = static_cast<std::uint8_t>(wide >> (width - 8 - 8 * i));
         PutBits(bytes, bits, done);
     }
 

@@ -22,13 +22,15 @@ inline void EncodeSymbol(OutputBits& bits, const HuffmanTables& tables, std::siz
 
 inline std::size_t UsedCount(const std::vector<std::uint32_t>& lengths) {
     std::size_t used = lengths.size();
-    while (used > 0 && lengths[used - 1] == 0) --used;
+    while (used > 0 && lengths[used - 1] == 0)
+        --used;
     return used;
 }
 
 inline unsigned DistanceClass(unsigned offset) {
     unsigned bits = 0;
-    for (; offset != 0; offset >>= 1) ++bits;
+    for (; offset != 0; offset >>= 1)
+        ++bits;
     return bits;
 }
 
@@ -47,7 +49,8 @@ inline std::vector<LengthItem> LengthItems(const std::vector<std::uint32_t>& len
             continue;
         }
         std::size_t run = 0;
-        while (i + run < used && lengths[i + run] == 0) ++run;
+        while (i + run < used && lengths[i + run] == 0)
+            ++run;
         items.push_back({0, run});
         i += run;
     }
@@ -99,7 +102,8 @@ inline void EncodeLiteralBitLengthTable(OutputBits& bits, const std::vector<std:
     const std::size_t used = UsedCount(lengths);
     const std::vector<LengthItem> items = LengthItems(lengths, used);
     std::vector<std::uint32_t> counts(lengths.size(), 0);
-    for (const LengthItem& item : items) CountItem(counts, item);
+    for (const LengthItem& item : items)
+        CountItem(counts, item);
     const HuffmanTables tables = MakeHuffmanTables(counts);
     if (tables.root->children.empty()) {
         bits.PutUInt(8, 0, 5, nullptr);
@@ -107,7 +111,8 @@ inline void EncodeLiteralBitLengthTable(OutputBits& bits, const std::vector<std:
         return;
     }
     if (used > 511) throw std::invalid_argument("the literal table needs more than 511 entries");
-    for (const LengthItem& item : items) WriteItem(bits, tables, item);
+    for (const LengthItem& item : items)
+        WriteItem(bits, tables, item);
 }
 
 inline void EncodeDistanceBitLengthTable(OutputBits& bits, const std::vector<std::uint32_t>& lengths) {
@@ -122,7 +127,8 @@ inline void EncodeDistanceBitLengthTable(OutputBits& bits, const std::vector<std
     }
 }
 
-/// One block: token count in little-endian order, then the bits. `tokens` is a token list as Tokenize makes it.
+/// One block: token count in little-endian order, then the bits. `tokens` is a token list as Tokenize makes
+/// it.
 inline std::vector<std::uint8_t> EncodeBlock(const std::vector<std::uint16_t>& tokens) {
     using namespace block_detail;
     std::vector<std::uint32_t> literalFreqs(512, 0);
@@ -156,7 +162,8 @@ inline std::vector<std::uint8_t> EncodeBlock(const std::vector<std::uint16_t>& t
     std::vector<std::uint8_t> block;
     block.push_back(static_cast<std::uint8_t>(tokenCount & 0xFF));
     block.push_back(static_cast<std::uint8_t>(tokenCount >> 8 & 0xFF));
-    for (const std::uint8_t byte : data) block.push_back(byte);
+    for (const std::uint8_t byte : data)
+        block.push_back(byte);
     return block;
 }
 

@@ -1,4 +1,5 @@
-// Plain reference of the Huffman coder: a tree of nodes, the working list sorted again in full after every merge.
+// Plain reference of the Huffman coder: a tree of nodes, the working list sorted again in full after every
+// merge.
 #pragma once
 
 #include <algorithm>
@@ -50,7 +51,8 @@ inline void SetDepths(HuffmanNode& root) {
         const auto [node, depth] = open.back();
         open.pop_back();
         node->bitLen = depth;
-        for (const auto& child : node->children) open.push_back({child.get(), depth + 1});
+        for (const auto& child : node->children)
+            open.push_back({child.get(), depth + 1});
     }
 }
 
@@ -60,7 +62,8 @@ inline void LimitLengths(std::vector<HuffmanNodePtr>& leaves) {
         if (leaf->bitLen > 0) ++count[std::min<std::uint32_t>(leaf->bitLen, 16)];
     }
     std::int64_t kraft = 0;
-    for (std::size_t length = 1; length <= 16; ++length) kraft += count[length] << (16 - length);
+    for (std::size_t length = 1; length <= 16; ++length)
+        kraft += count[length] << (16 - length);
     if (kraft <= 65536) return;
 
     for (std::int64_t step = 0; step < kraft - 65536; ++step) {
@@ -75,13 +78,15 @@ inline void LimitLengths(std::vector<HuffmanNodePtr>& leaves) {
     }
     std::size_t next = 0;
     for (std::uint32_t length = 16; length >= 1; --length) {
-        for (std::int64_t i = 0; i < count[length]; ++i) leaves[next++]->bitLen = length;
+        for (std::int64_t i = 0; i < count[length]; ++i)
+            leaves[next++]->bitLen = length;
     }
 }
 
 }  // namespace huffman_detail
 
-inline HuffmanNodePtr MakeHuffmanTree(const std::vector<std::uint32_t>& freqs, std::vector<std::uint32_t>& lengths) {
+inline HuffmanNodePtr MakeHuffmanTree(const std::vector<std::uint32_t>& freqs,
+                                      std::vector<std::uint32_t>& lengths) {
     using namespace huffman_detail;
     std::vector<FreqElement> list;
     for (std::size_t s = 0; s < freqs.size(); ++s) {
@@ -91,7 +96,8 @@ inline HuffmanNodePtr MakeHuffmanTree(const std::vector<std::uint32_t>& freqs, s
     }
     std::stable_sort(list.begin(), list.end(), SortCmpFreqList);
     std::vector<HuffmanNodePtr> leaves;
-    for (const auto& element : list) leaves.push_back(element.tree);
+    for (const auto& element : list)
+        leaves.push_back(element.tree);
 
     while (list.size() >= 2) {
         const FreqElement a = list[0];
@@ -115,7 +121,8 @@ inline HuffmanNodePtr MakeHuffmanTree(const std::vector<std::uint32_t>& freqs, s
     LimitLengths(leaves);
 
     lengths.assign(freqs.size(), 0);
-    for (const auto& leaf : leaves) lengths[static_cast<std::size_t>(leaf->code)] = leaf->bitLen;
+    for (const auto& leaf : leaves)
+        lengths[static_cast<std::size_t>(leaf->code)] = leaf->bitLen;
     return root;
 }
 

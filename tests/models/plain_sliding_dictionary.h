@@ -83,13 +83,15 @@ private:
             return;
         }
         int last = head;
-        while (chain_[Index(last)] != -1) last = chain_[Index(last)];
+        while (chain_[Index(last)] != -1)
+            last = chain_[Index(last)];
         chain_[Index(last)] = start;
     }
 
     void Rebase() {
         base_ = 0;
-        for (int& head : heads_) head = -1;
+        for (int& head : heads_)
+            head = -1;
         for (int i = 0; i <= 8190; ++i) {
             int& head = heads_[KeyAt(i)];
             if (head == -1) head = i;

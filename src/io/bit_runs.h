@@ -1,0 +1,24 @@
+// Runs of bits between byte buffers, the first bit of each byte being its most significant one.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace qv {
+
+// The `count` (1 .. 57) bits from bit `first` (0 .. 7) of the first byte on, at the top; the bits below are
+// zero. Bytes without one of those bits are not read.
+[[nodiscard]] inline std::uint64_t LoadBits(const std::uint8_t* bytes, unsigned first,
+                                            unsigned count) noexcept {
+    const unsigned size = (first + count + 7) / 8;
+    std::uint64_t word = 0;
+    for (unsigned i = 0; i < size; ++i)
+        word |= std::uint64_t{bytes[i]} << (56 - 8 * i);
+    return word << first & ~std::uint64_t{0} << (64 - count);
+}
+
+// Copies `count` bits from bit `first` (0 .. 7) of the source's first byte on to the start of the target. The
+// rest of the target's last byte becomes zero.
+void CopyBits(const std::uint8_t* source, unsigned first, std::uint8_t* target, std::size_t count) noexcept;
+
+}  // namespace qv
