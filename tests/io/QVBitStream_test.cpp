@@ -10,6 +10,7 @@
 #include "models/plain_bit_streams.h"
 #include "runtime/Owned.h"
 #include "support/failing_allocator.h"
+#include "support/log_capture.h"
 
 namespace {
 
@@ -414,6 +415,7 @@ TEST(BitStreams, WithoutDataThereIsNothingToReadAndNothingIsKept) {
 }
 
 TEST(BitStreams, FailedAllocationsLeaveNothingBehind) {
+    const qvtest::LogCapture log;
     const std::size_t before = qvtest::LiveAllocations();
     const std::size_t failures = qvtest::FailEachAllocation([] {
         Owned data{QVDataCreate(nullptr, 0)};
