@@ -51,7 +51,7 @@ std::optional<std::size_t> QVRingListImpl::FindMatchedLocation(const std::uint8_
 }
 
 std::size_t QVRingListImpl::PlaceAfterHead(std::size_t distance) const {
-    return (head_ % std::uint64_t{capacity_} + distance % capacity_) % capacity_;
+    return (std::size_t{head_ % capacity_} + distance % capacity_) % capacity_;
 }
 
 bool QVRingListImpl::IsMatchAt(std::size_t place, const std::uint8_t* pattern, std::size_t length) const {

@@ -1,0 +1,235 @@
+// Arrays and dictionaries.
+
+#include <algorithm>
+#include <cwchar>
+#include <glib.h>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <QVFoundation/QVArray.h>
+#include <QVFoundation/QVDictionary.h>
+#include <QVFoundation/QVObject.h>
+
+#include "bench.h"
+#include "gnustep.h"
+
+namespace bench {
+
+namespace {
+
+// Borrowed handles of objects that live as long as the program.
+std::vector<void*> MakeObjects(std::size_t count) {
+    std::vector<void*> objects(count);
+    for (void*& object : objects)
+        object = QVNullCreate();
+    return objects;
+}
+
+void* MakeArray(const std::vector<void*>& objects) {
+    void* array = QVArrayCreateWithCapacity(0);
+    for (void* object : objects)
+        QVArrayAddObject(array, object);
+    return array;
+}
+
+Comparison CompareAdding() {
+    constexpr std::size_t kCount = 1000;
+    struct Peer {
+        int value = 0;
+    };
+    const std::vector<std::shared_ptr<Peer>> peers(kCount, std::make_shared<Peer>());
+    return {Times([objects = std::vector<void*>(kCount, QVNullCreate())] {
+                void* array = MakeArray(objects);
+                Keep(array);
+                QVRelease(array);
+            }),
+            Times([peers] {
+                std::vector<std::shared_ptr<Peer>> array;
+                for (const auto& peer : peers)
+                    array.push_back(peer);
+                Keep(array);
+            }),
+            "std::vector<shared_ptr>", kCount};
+}
+
+Comparison CompareGetting() {
+    constexpr std::size_t kCount = 1000;
+    void* array = MakeArray(MakeObjects(kCount));
+    const Message add("addObject:");
+    const Message objectAt("objectAtIndex:");
+    const id peer = NewObject("NSMutableArray");
+    for (std::size_t i = 0; i < kCount; ++i)
+        add(peer, NewObject("NSObject"));
+    return {Times([array] {
+                for (std::size_t i = 0; i < kCount; ++i)
+                    Keep(QVArrayGetObjectAtIndex(array, i));
+            }),
+            Times([=] {
+                for (unsigned long i = 0; i < kCount; ++i)
+                    Keep(objectAt(peer, i));
+            }),
+            "GNUstep NSMutableArray", kCount};
+}
+
+constexpr std::size_t kFrontCount = 10'000;
+
+Comparison CompareInsertingAtTheFront() {
+    return {Times([object = QVNullCreate()] {
+                void* array = QVArrayCreateWithCapacity(0);
+                for (std::size_t i = 0; i < kFrontCount; ++i)
+                    QVArrayInsertObjectAtIndex(array, object, 0);
+                Keep(array);
+                QVRelease(array);
+            }),
+            Times([object = QVNullCreate()] {
+                std::vector<void*> array;
+                for (std::size_t i = 0; i < kFrontCount; ++i)
+                    array.insert(array.begin(), object);
+                Keep(array);
+            }),
+            "std::vector<void*>", kFrontCount};
+}
+
+Comparison CompareRemovingFromTheFront() {
+    const std::vector<void*> objects(kFrontCount, QVNullCreate());
+    return {Times([objects] {
+                void* array = MakeArray(objects);
+                for (std::size_t i = 0; i < kFrontCount; ++i)
+                    QVArrayRemoveObjectAtIndex(array, 0);
+                Keep(array);
+                QVRelease(array);
+            }),
+            Times([objects] {
+                std::vector<void*> array;
+                for (void* object : objects)
+                    array.push_back(object);
+                for (std::size_t i = 0; i < kFrontCount; ++i)
+                    array.erase(array.begin());
+                Keep(array);
+            }),
+            "std::vector<void*>", kFrontCount};
+}
+
+Comparison CompareSearching() {
+    const std::vector<void*> objects = MakeObjects(1000);
+    void* array = MakeArray(objects);
+    void* last = objects.back();
+    Require(QVArrayIndexOfObject(array, last) == 999, "found elsewhere");
+    return {Times([=] { Keep(QVArrayIndexOfObject(array, last)); }),
+            Times([objects, last] { Keep(std::find(objects.begin(), objects.end(), last)); }),
+            "floor: std::find on pointers"};
+}
+
+// Keys as applications have them: a few words and a number, in no order.
+std::vector<std::wstring> MakeKeys(std::size_t count) {
+    std::vector<std::wstring> keys;
+    for (std::size_t i = 0; i < count; ++i)
+        keys.push_back(L"record." + std::to_wstring(i * 7919 % 1'000'003));
+    std::shuffle(keys.begin(), keys.end(), std::mt19937(3));
+    return keys;
+}
+
+int CompareKeys(const void* a, const void* b, void*) {
+    return std::wcscmp(static_cast<const wchar_t*>(a), static_cast<const wchar_t*>(b));
+}
+
+GTree* NewTree() {
+    return g_tree_new_full(CompareKeys, nullptr, std::free, nullptr);
+}
+
+void* BuildDictionary(const std::vector<std::wstring>& keys, void* value) {
+    void* dictionary = QVDictionaryCreate();
+    for (const auto& key : keys)
+        QVDictionarySetObject(dictionary, value, key.c_str());
+    return dictionary;
+}
+
+GTree* BuildTree(const std::vector<std::wstring>& keys, void* value) {
+    GTree* tree = NewTree();
+    for (const auto& key : keys)
+        g_tree_insert(tree, wcsdup(key.c_str()), value);
+    return tree;
+}
+
+constexpr const char* kTree = "GTree with wcscmp";
+
+Comparison CompareLookups(std::size_t count) {
+    void* value = QVNullCreate();
+    auto keys = MakeKeys(count);
+    void* dictionary = BuildDictionary(keys, value);
+    const std::shared_ptr<GTree> tree(BuildTree(keys, value), g_tree_unref);
+    std::shuffle(keys.begin(), keys.end(), std::mt19937(4));
+    keys.resize(std::min<std::size_t>(keys.size(), 100'000));
+    for (const auto& key : keys)
+        Require(QVDictionaryGetObject(dictionary, key.c_str()) == value, "key not found");
+    const std::shared_ptr<void> owner(dictionary, QVRelease);
+    const auto shared = std::make_shared<const std::vector<std::wstring>>(std::move(keys));
+    return {Times([owner, shared] {
+                for (const auto& key : *shared)
+                    Keep(QVDictionaryGetObject(owner.get(), key.c_str()));
+            }),
+            Times([tree, shared] {
+                for (const auto& key : *shared)
+                    Keep(g_tree_lookup(tree.get(), key.c_str()));
+            }),
+            kTree, static_cast<double>(shared->size())};
+}
+
+Comparison CompareBuilding(std::size_t count) {
+    void* value = QVNullCreate();
+    const auto keys = std::make_shared<const std::vector<std::wstring>>(MakeKeys(count));
+    return {Times([=] {
+                void* dictionary = BuildDictionary(*keys, value);
+                Keep(dictionary);
+                QVRelease(dictionary);
+            }),
+            Times([=] {
+                GTree* tree = BuildTree(*keys, value);
+                Keep(tree);
+                g_tree_unref(tree);
+            }),
+            kTree, static_cast<double>(count)};
+}
+
+Comparison CompareWalking(std::size_t count) {
+    const auto keys = MakeKeys(count);
+    void* value = QVNullCreate();
+    const std::shared_ptr<void> dictionary(BuildDictionary(keys, value), QVRelease);
+    const std::shared_ptr<GTree> tree(BuildTree(keys, value), g_tree_unref);
+    return {Times([=] {
+                void* values = QVDictionaryObjectArray(dictionary.get());
+                for (std::size_t i = 0; i < count; ++i)
+                    Keep(QVArrayGetObjectAtIndex(values, i));
+                QVRelease(values);
+            }),
+            Times([=] {
+                const auto visit = [](void*, void* element, void*) -> gboolean {
+                    Keep(element);
+                    return FALSE;
+                };
+                g_tree_foreach(tree.get(), visit, nullptr);
+            }),
+            "GTree", static_cast<double>(count)};
+}
+
+}  // namespace
+
+void AddCollectionsComparisons(Suite& suite) {
+    suite.Add("array.add", CompareAdding);
+    suite.Add("array.get", CompareGetting);
+    suite.Add("array.insert_front_10000", CompareInsertingAtTheFront);
+    suite.Add("array.remove_front_10000", CompareRemovingFromTheFront);
+    suite.Add("array.index_of_1000", CompareSearching);
+    for (const std::size_t count : {100, 1'000, 10'000, 100'000, 1'000'000}) {
+        suite.Add("dictionary.get." + std::to_string(count), [=] { return CompareLookups(count); });
+    }
+    for (const std::size_t count : {100, 1'000, 10'000, 100'000, 1'000'000}) {
+        suite.Add("dictionary.build." + std::to_string(count), [=] { return CompareBuilding(count); });
+    }
+    suite.Add("dictionary.walk.10000", [] { return CompareWalking(10'000); });
+    suite.Add("dictionary.walk.1000000", [] { return CompareWalking(1'000'000); });
+}
+
+}  // namespace bench
