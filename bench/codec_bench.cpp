@@ -178,7 +178,7 @@ Comparison CompareBase64Decoding(std::size_t size) {
             "other bytes");
     return {DrainPool(Times([text] { Keep(QVBase64Decode(text.data(), text.size())); }), DrainEach(size)),
             Times([text] {
-                auto* out = static_cast<std::uint8_t*>(std::malloc(qv::Base64DecodedRoom(text.size())));
+                auto* out = static_cast<std::uint8_t*>(std::malloc(qv::Base64DecodedSize(text.size())));
                 Keep(qv::DecodeBase64(text.data(), text.size(), out).has_value());
                 Keep(out[0]);
                 std::free(out);

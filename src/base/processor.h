@@ -18,4 +18,22 @@ inline bool HasAvx2() noexcept {
 #endif
 }
 
+// Operations on 32-bit words in vectors of 64 bytes.
+inline bool HasAvx512() noexcept {
+#if QV_X86
+    return __builtin_cpu_supports("avx512f");
+#else
+    return false;
+#endif
+}
+
+// Those on bytes, and the permutations of bytes.
+inline bool HasAvx512Bytes() noexcept {
+#if QV_X86
+    return __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vbmi");
+#else
+    return false;
+#endif
+}
+
 }  // namespace qv

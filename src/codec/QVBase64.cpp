@@ -13,17 +13,18 @@ using namespace qv;
 
 namespace {
 
-// Data holds fewer bytes than 2^32, so no input of this length or more has a result.
-constexpr unsigned long long kTooLong = 1ULL << 33;
+// Data holds fewer bytes than 2^32. Longer texts, and bytes whose text would be longer, are refused unread.
+constexpr unsigned long long kMostBytes = UINT32_MAX / 4 * 3;
+constexpr unsigned long long kMostCharacters = UINT32_MAX / 3 * 4;
 
 Owned CreateData(uint64_t size) {
-    return Owned(size > UINT32_MAX ? nullptr : CreateDataToFill(static_cast<size_t>(size)));
+    return Owned(CreateDataToFill(static_cast<size_t>(size)));
 }
 
 }  // namespace
 
 void* QVBase64Encode(const void* bytes, unsigned long long length) noexcept {
-    if (length >= kTooLong || (bytes == nullptr && length > 0)) return nullptr;
+    if (length > kMostBytes || (bytes == nullptr && length > 0)) return nullptr;
     Owned data = CreateData(Base64EncodedSize(length));
     if (!data) return nullptr;
     EncodeBase64(static_cast<const uint8_t*>(bytes), static_cast<size_t>(length),
@@ -32,11 +33,17 @@ void* QVBase64Encode(const void* bytes, unsigned long long length) noexcept {
 }
 
 void* QVBase64Decode(const void* text, unsigned long long length) noexcept {
-    if (length >= kTooLong || (text == nullptr && length > 0)) return nullptr;
-    Owned data = CreateData(Base64DecodedRoom(length));
+    if (length > kMostCharacters || (text == nullptr && length > 0)) return nullptr;
+    const auto* characters = static_cast<const char*>(text);
+    // Without the padding that usually ends a text, the room is nearly always the exact size.
+    for (int padding = 0; padding < 2 && length > 0 && characters[length - 1] == '='; ++padding)
+        --length;
+    const uint64_t room = Base64DecodedSize(length);
+    Owned data = CreateData(room);
     if (!data) return nullptr;
-    const auto size = DecodeBase64(static_cast<const char*>(text), static_cast<size_t>(length),
+    const auto size = DecodeBase64(characters, static_cast<size_t>(length),
                                    static_cast<uint8_t*>(QVDataGetMutableBuffer(data.Get())));
-    if (!size || !QVDataSetSize(data.Get(), static_cast<unsigned long>(*size))) return nullptr;
+    if (!size || (*size < room && !QVDataSetSize(data.Get(), static_cast<unsigned long>(*size))))
+        return nullptr;
     return QVTEMPOBJ(data.Detach());
 }

@@ -7,7 +7,7 @@ namespace qv {
 
 namespace {
 
-/// Marks in the decoding table for characters that have no value. Both have the top bit set.
+// Marks in the decoding table for characters that have no value. Both have the top bit set.
 constexpr uint8_t kEnd = 0xFE;
 constexpr uint8_t kInvalid = 0xFF;
 
@@ -27,7 +27,7 @@ void EncodeGroup(const uint8_t* in, char* out) {
     out[3] = kBase64Alphabet[in[2] & 63];
 }
 
-/// The last one or two bytes: missing bits are 0, missing characters "=".
+// The last one or two bytes: missing bits are 0, missing characters "=".
 void EncodeRest(const uint8_t* in, size_t size, char* out) {
     const uint8_t group[3] = {in[0], size == 2 ? in[1] : uint8_t{0}, 0};
     EncodeGroup(group, out);
@@ -35,7 +35,7 @@ void EncodeRest(const uint8_t* in, size_t size, char* out) {
     if (size == 1) out[2] = '=';
 }
 
-/// False when one of the four characters has no value.
+// False when one of the four characters has no value.
 bool DecodeGroup(const char* text, uint8_t* out) {
     const uint8_t a = kValues[static_cast<uint8_t>(text[0])];
     const uint8_t b = kValues[static_cast<uint8_t>(text[1])];
@@ -56,7 +56,7 @@ size_t NoDecoding(const char*, size_t, uint8_t*) {
     return 0;
 }
 
-/// The vector functions' fixed cost is not worth paying below this size.
+// The vector functions' fixed cost is not worth paying below this size.
 constexpr size_t kVectorsFrom = 32;
 
 }  // namespace
@@ -64,9 +64,9 @@ constexpr size_t kVectorsFrom = 32;
 const Base64Vectors kBase64Plain = {NoEncoding, NoDecoding};
 
 const Base64Vectors& GetBase64Vectors() noexcept {
-#if defined(__x86_64__) || defined(__i386__)
-    if (__builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512bw")) return kBase64Avx512;
-    if (__builtin_cpu_supports("avx2")) return kBase64Avx2;
+#if QV_X86
+    if (HasAvx512Bytes()) return kBase64Avx512;
+    if (HasAvx2()) return kBase64Avx2;
 #endif
     return kBase64Plain;
 }

@@ -1,14 +1,14 @@
-#if defined(__x86_64__) || defined(__i386__)
+#include "codec/base64.h"
+
+#if QV_X86
 
 #include <immintrin.h>
-
-#include "codec/base64.h"
 
 namespace qv {
 
 namespace {
 
-/// 24 bytes become 32 characters. Reads 28 bytes.
+// 24 bytes become 32 characters. Reads 28 bytes.
 __attribute__((target("avx2"))) inline __m256i Encode24(const uint8_t* in) {
     const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
     const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + 12));
@@ -23,10 +23,11 @@ __attribute__((target("avx2"))) inline __m256i Encode24(const uint8_t* in) {
     const __m256i valuesBD = _mm256_mullo_epi16(_mm256_and_si256(words, _mm256_set1_epi32(0x003F03F0)),
                                                 _mm256_set1_epi32(0x01000010));
     const __m256i values = _mm256_or_si256(valuesAC, valuesBD);
-    // What to add to a value: chosen by 0 for upper case, 1 for lower case, 2 to 11 for a digit, 12 for "+" and
-    // 13 for "/".
-    const __m256i offsets = _mm256_setr_epi8(65, 71, -4, -4, -4, -4, -4, -4, -4, -4, -4, -4, -19, -16, 0, 0,  //
-                                             65, 71, -4, -4, -4, -4, -4, -4, -4, -4, -4, -4, -19, -16, 0, 0);
+    // What to add to a value: chosen by 0 for upper case, 1 for lower case, 2 to 11 for a digit, 12 for "+"
+    // and 13 for "/".
+    const __m256i offsets =
+        _mm256_setr_epi8(65, 71, -4, -4, -4, -4, -4, -4, -4, -4, -4, -4, -19, -16, 0, 0,  //
+                         65, 71, -4, -4, -4, -4, -4, -4, -4, -4, -4, -4, -19, -16, 0, 0);
     const __m256i aboveUpper = _mm256_cmpgt_epi8(values, _mm256_set1_epi8(25));
     const __m256i kind = _mm256_sub_epi8(_mm256_subs_epu8(values, _mm256_set1_epi8(51)), aboveUpper);
     return _mm256_add_epi8(values, _mm256_shuffle_epi8(offsets, kind));
@@ -40,8 +41,8 @@ __attribute__((target("avx2"))) size_t EncodeAvx2(const uint8_t* in, size_t size
     return done;
 }
 
-/// Decodes 32 characters into 24 bytes, and 8 bytes of no meaning behind them; false, with nothing written,
-/// when a character is not of the alphabet.
+// Decodes 32 characters into 24 bytes, and 8 bytes of no meaning behind them; false, with nothing written,
+// when a character is not of the alphabet.
 __attribute__((target("avx2"))) inline bool Decode32(const char* text, uint8_t* out) {
     const __m256i chars = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(text));
     // A character is valid when the sets looked up by its two halves have no bit in common.
@@ -57,13 +58,16 @@ __attribute__((target("avx2"))) inline bool Decode32(const char* text, uint8_t* 
     const __m256i keep = _mm256_set1_epi8(0x2F);
     const __m256i high = _mm256_and_si256(_mm256_srli_epi32(chars, 4), keep);
     const __m256i low = _mm256_and_si256(chars, keep);
-    if (!_mm256_testz_si256(_mm256_shuffle_epi8(setsOfLow, low), _mm256_shuffle_epi8(setsOfHigh, high))) return false;
+    if (!_mm256_testz_si256(_mm256_shuffle_epi8(setsOfLow, low), _mm256_shuffle_epi8(setsOfHigh, high)))
+        return false;
     // What to add to a character, by its upper half; "/" shares that with "+" and takes the place before.
     const __m256i offsets = _mm256_setr_epi8(0, 16, 19, 4, -65, -65, -71, -71, 0, 0, 0, 0, 0, 0, 0, 0,  //
                                              0, 16, 19, 4, -65, -65, -71, -71, 0, 0, 0, 0, 0, 0, 0, 0);
     const __m256i isSlash = _mm256_cmpeq_epi8(chars, _mm256_set1_epi8('/'));
-    const __m256i values = _mm256_add_epi8(chars, _mm256_shuffle_epi8(offsets, _mm256_add_epi8(isSlash, high)));
-    // Four values of 6 bits become 24 bits of a word, then every three bytes are turned round and moved together.
+    const __m256i values =
+        _mm256_add_epi8(chars, _mm256_shuffle_epi8(offsets, _mm256_add_epi8(isSlash, high)));
+    // Four values of 6 bits become 24 bits of a word, then every three bytes are turned round and moved
+    // together.
     const __m256i pairs = _mm256_maddubs_epi16(values, _mm256_set1_epi32(0x01400140));
     const __m256i words = _mm256_madd_epi16(pairs, _mm256_set1_epi32(0x00011000));
     const __m256i gather = _mm256_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1,  //
@@ -76,8 +80,9 @@ __attribute__((target("avx2"))) inline bool Decode32(const char* text, uint8_t* 
 
 __attribute__((target("avx2"))) size_t DecodeAvx2(const char* text, size_t length, uint8_t* out) {
     size_t done = 0;
-    // 44 characters have room for 33 bytes, so the store of 32 stays inside.
-    for (; length - done >= 44 && Decode32(text + done, out); done += 32) out += 24;
+    // 43 characters have room for 32 bytes, so the store of 32 stays inside.
+    for (; length - done >= 43 && Decode32(text + done, out); done += 32)
+        out += 24;
     return done;
 }
 

@@ -1,31 +1,31 @@
-#if defined(__x86_64__) || defined(__i386__)
+#include "codec/base64.h"
+
+#if QV_X86
 
 #include <immintrin.h>
-
-#include "codec/base64.h"
 
 namespace qv {
 
 namespace {
 
-/// The unmasked forms of the byte permutations begin with a register of unspecified contents, which g++ 12
-/// warns of. A mask of all lanes costs nothing.
+// The unmasked forms of the byte permutations begin with a register of unspecified contents, which g++ 12
+// warns of. A mask of all lanes costs nothing.
 constexpr __mmask64 kAll = ~uint64_t{0};
 
 constexpr __mmask64 k48Bytes = (uint64_t{1} << 48) - 1;
 
-/// In each 32-bit word, the bytes of one group of three: b a c b for encoding.
+// In each 32-bit word, the bytes of one group of three: b a c b for encoding.
 alignas(64) constexpr uint8_t kSpread[64] = {1,  0,  2,  1,  4,  3,  5,  4,  7,  6,  8,  7,  10, 9,  11, 10,
                                              13, 12, 14, 13, 16, 15, 17, 16, 19, 18, 20, 19, 22, 21, 23, 22,
                                              25, 24, 26, 25, 28, 27, 29, 28, 31, 30, 32, 31, 34, 33, 35, 34,
                                              37, 36, 38, 37, 40, 39, 41, 40, 43, 42, 44, 43, 46, 45, 47, 46};
 
-/// The three bytes of each 32-bit word, last first, for decoding; the rest is not stored.
+// The three bytes of each 32-bit word, last first, for decoding; the rest is not stored.
 alignas(64) constexpr uint8_t kGather[64] = {2,  1,  0,  6,  5,  4,  10, 9,  8,  14, 13, 12, 18, 17, 16, 22,
                                              21, 20, 26, 25, 24, 30, 29, 28, 34, 33, 32, 38, 37, 36, 42, 41,
                                              40, 46, 45, 44, 50, 49, 48, 54, 53, 52, 58, 57, 56, 62, 61, 60};
 
-/// The value of each of the 128 ASCII characters; the top bit set for those that have none.
+// The value of each of the 128 ASCII characters; the top bit set for those that have none.
 struct Values {
     alignas(64) uint8_t of[128];
 };

@@ -12,9 +12,9 @@ namespace qv {
 
 namespace {
 
-/// A rotation is sorted as one word: its first byte as the key, below it whether it is the rotation that
-/// starts at byte 1, and the byte before its start. Nothing else of it reaches the output, so its number
-/// need not be kept.
+// A rotation is sorted as one word: its first byte as the key, below it whether it is the rotation that
+// starts at byte 1, and the byte before its start. Nothing else of it reaches the output, so its number
+// need not be kept.
 constexpr int32_t kIsRotationOne = 1 << 8;
 
 constexpr int32_t MakeWord(uint8_t first, uint8_t before) {
@@ -27,7 +27,7 @@ std::unique_ptr<T[]> AllocateUnset(size_t count, size_t extra = 0) {
     return std::unique_ptr<T[]>(new T[count + extra]);
 }
 
-/// Continues out[0 .. period - 1] with itself up to out[size - 1].
+// Continues out[0 .. period - 1] with itself up to out[size - 1].
 void Repeat(uint8_t* out, size_t period, size_t size) {
     for (size_t done = period; done < size;) {
         const size_t count = std::min(done, size - done);
@@ -36,7 +36,7 @@ void Repeat(uint8_t* out, size_t period, size_t size) {
     }
 }
 
-/// Where each byte value's places begin among the sorted bytes.
+// Where each byte value's places begin among the sorted bytes.
 template <class Place>
 std::array<Place, 256> CountSmaller(const uint8_t* in, size_t size) {
     std::array<Place, 256> places{};
@@ -51,8 +51,8 @@ std::array<Place, 256> CountSmaller(const uint8_t* in, size_t size) {
     return places;
 }
 
-/// Follows the successors from place to place. A link holds a place's successor and the byte found there, so
-/// that each step is one load. The walk always comes back to where it began: from there on it repeats.
+// Follows the successors from place to place. A link holds a place's successor and the byte found there, so
+// that each step is one load. The walk always comes back to where it began: from there on it repeats.
 template <class Link>
 void Decode(const uint8_t* in, size_t size, size_t primaryIndex, uint8_t* out) {
     const std::unique_ptr<Link[]> links = AllocateUnset<Link>(size);

@@ -9,10 +9,10 @@ namespace qv {
 
 namespace {
 
-/// Ranges up to this size are left to insertion.
+// Ranges up to this size are left to insertion.
 constexpr size_t kInsertionLimit = 16;
 
-/// Ranges of one key up to this size are rearranged through a copy on the stack (16 KiB).
+// Ranges of one key up to this size are rearranged through a copy on the stack (16 KiB).
 constexpr size_t kOneKeyCopy = 4096;
 
 constexpr int32_t Key(int32_t word) {
@@ -31,18 +31,19 @@ constexpr int32_t MedianKey(int32_t a, int32_t b, int32_t c) {
     return Key(std::max(std::min(a, b), std::min(std::max(a, b), c)));
 }
 
-/// Equal keys keep their order.
+// Equal keys keep their order.
 void SortByInsertion(int32_t* first, int32_t* last) {
     for (int32_t* at = first; at < last; ++at) {
         const int32_t word = *at;
         int32_t* hole = at;
-        for (; hole > first && Key(word) < Key(hole[-1]); --hole) *hole = hole[-1];
+        for (; hole > first && Key(word) < Key(hole[-1]); --hole)
+            *hole = hole[-1];
         *hole = word;
     }
 }
 
-/// A hole at `hole` sinks along the larger children (the right one of equals) to the bottom of the heap of
-/// `size` words; then `word` rises from there, up to where the hole began.
+// A hole at `hole` sinks along the larger children (the right one of equals) to the bottom of the heap of
+// `size` words; then `word` rises from there, up to where the hole began.
 void SinkInHeap(int32_t* heap, size_t hole, size_t size, int32_t word) {
     const size_t top = hole;
     size_t child = 2 * hole + 2;
@@ -63,7 +64,8 @@ void SinkInHeap(int32_t* heap, size_t hole, size_t size, int32_t word) {
 
 void SortByHeap(int32_t* first, int32_t* last) {
     const auto size = static_cast<size_t>(last - first);
-    for (size_t parent = size / 2; parent-- > 0;) SinkInHeap(first, parent, size, first[parent]);
+    for (size_t parent = size / 2; parent-- > 0;)
+        SinkInHeap(first, parent, size, first[parent]);
     for (size_t rest = size - 1; rest > 0; --rest) {
         const int32_t word = first[rest];
         first[rest] = first[0];
@@ -71,20 +73,23 @@ void SortByHeap(int32_t* first, int32_t* last) {
     }
 }
 
-/// The number of partitions that separate a range of one key from ranges small enough for insertion: each
-/// halves it, the right half being the larger.
+// The number of partitions that separate a range of one key from ranges small enough for insertion: each
+// halves it, the right half being the larger.
 int CountHalvings(size_t size) {
     int halvings = 0;
-    for (; size > kInsertionLimit; size -= size / 2) ++halvings;
+    for (; size > kInsertionLimit; size -= size / 2)
+        ++halvings;
     return halvings;
 }
 
-/// `to` stands for a range of one key that now holds from[0 .. size - 1], or the same words from the last to
-/// the first when `reversed`. Gives `to` the words in the order that the partitions still to come leave.
+// `to` stands for a range of one key that now holds from[0 .. size - 1], or the same words from the last to
+// the first when `reversed`. Gives `to` the words in the order that the partitions still to come leave.
 void PlaceOneKey(const int32_t* from, size_t size, int32_t* to, bool reversed) {
     if (size <= kInsertionLimit) {
-        if (reversed) std::reverse_copy(from, from + size, to);
-        else std::copy(from, from + size, to);
+        if (reversed)
+            std::reverse_copy(from, from + size, to);
+        else
+            std::copy(from, from + size, to);
         return;
     }
     const size_t left = size / 2;
@@ -108,7 +113,7 @@ void SortOneKey(int32_t* first, int32_t* last) {
 }
 
 class Sorter {
-  public:
+public:
     explicit Sorter(ScanGreater greater) : greater_(greater) {}
 
     void Sort(int32_t* first, int32_t* last, int depth) {
@@ -130,13 +135,13 @@ class Sorter {
         SortByInsertion(first, last);
     }
 
-  private:
-    /// The places that stop the search from the left: keys not below the pivot's.
+private:
+    // The places that stop the search from the left: keys not below the pivot's.
     uint64_t StopsFromLeft(const int32_t* words, size_t count, int32_t pivot) const {
         return greater_(words, count, pivot * (1 << kIntrosortKeyShift) - 1);
     }
 
-    /// The places that stop the search from the right: keys not above the pivot's.
+    // The places that stop the search from the right: keys not above the pivot's.
     uint64_t StopsFromRight(const int32_t* words, size_t count, int32_t pivot) const {
         return ~greater_(words, count, (pivot + 1) * (1 << kIntrosortKeyShift) - 1) & LowBits(count);
     }
@@ -152,8 +157,8 @@ class Sorter {
         return true;
     }
 
-    /// Exchanges the first word from the left that stops there with the first from the right, and so on until
-    /// the two meet; returns the place where the search from the left then stands.
+    // Exchanges the first word from the left that stops there with the first from the right, and so on until
+    // the two meet; returns the place where the search from the left then stands.
     int32_t* Partition(int32_t* first, int32_t* last, int32_t pivot) const {
         while (static_cast<size_t>(last - first) > kWordScanBlock) {
             const size_t count = std::min(kWordScanBlock, static_cast<size_t>(last - first) / 2);
@@ -173,7 +178,7 @@ class Sorter {
         return first + PartitionBlock(first, static_cast<size_t>(last - first), pivot);
     }
 
-    /// The end of a partition, where both searches run through the same block.
+    // The end of a partition, where both searches run through the same block.
     size_t PartitionBlock(int32_t* words, size_t count, int32_t pivot) const {
         uint64_t leftStops = StopsFromLeft(words, count, pivot);
         uint64_t rightStops = StopsFromRight(words, count, pivot);

@@ -6,7 +6,8 @@ namespace qv {
 
 void EncodeMoveToFront(const uint8_t* in, size_t size, uint8_t* out) {
     std::array<bool, 256> occurs{};
-    for (size_t i = 0; i < size; ++i) occurs[in[i]] = true;
+    for (size_t i = 0; i < size; ++i)
+        occurs[in[i]] = true;
 
     // Only two places change at a step, so the list itself is not needed: just each value's place in it, and
     // the value at the front.

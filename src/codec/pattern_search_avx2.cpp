@@ -1,13 +1,12 @@
-#if defined(__x86_64__) || defined(__i386__)
+#include "codec/pattern_search.h"
 
-#include <immintrin.h>
+#if QV_X86
 
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <immintrin.h>
 #include <string_view>
-
-#include "codec/pattern_search.h"
 
 namespace qv {
 
@@ -15,7 +14,7 @@ namespace {
 
 constexpr size_t kLanes = 64;
 
-/// A guess how often a byte occurs, in prose, source text and binary data alike.
+// A guess how often a byte occurs, in prose, source text and binary data alike.
 constexpr int Commonness(uint8_t byte) {
     constexpr std::string_view kMostCommon("\0 etaoinsrhl", 12);
     if (kMostCommon.find(static_cast<char>(byte)) != std::string_view::npos) return 3;
@@ -23,7 +22,7 @@ constexpr int Commonness(uint8_t byte) {
     return byte > ' ' && byte < 0x7F ? 1 : 0;
 }
 
-/// The offset of the byte of the pattern that should be the rarest in the text, `other` left out.
+// The offset of the byte of the pattern that should be the rarest in the text, `other` left out.
 size_t FindRarest(const uint8_t* pattern, size_t length, size_t other) {
     const size_t considered = std::min(length, size_t{64});
     size_t best = other == 0 && length > 1 ? 1 : 0;
@@ -47,8 +46,9 @@ __attribute__((target("avx2"))) inline __m256i Alike(const uint8_t* text, const 
     return _mm256_cmpeq_epi8(bytes, probe.byte);
 }
 
-/// Bit i tells whether the place text + i has both bytes.
-__attribute__((target("avx2"))) inline uint64_t Lookalikes(const uint8_t* text, const Probe& a, const Probe& b) {
+// Bit i tells whether the place text + i has both bytes.
+__attribute__((target("avx2"))) inline uint64_t Lookalikes(const uint8_t* text, const Probe& a,
+                                                           const Probe& b) {
     const __m256i low = _mm256_and_si256(Alike(text, a), Alike(text, b));
     const __m256i high = _mm256_and_si256(Alike(text + 32, a), Alike(text + 32, b));
     if (_mm256_testz_si256(_mm256_or_si256(low, high), _mm256_set1_epi8(-1))) return 0;

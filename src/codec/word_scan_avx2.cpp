@@ -1,8 +1,8 @@
-#if defined(__x86_64__) || defined(__i386__)
+#include "codec/word_scan.h"
+
+#if QV_X86
 
 #include <immintrin.h>
-
-#include "codec/word_scan.h"
 
 namespace qv {
 

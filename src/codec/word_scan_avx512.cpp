@@ -1,12 +1,13 @@
-#if defined(__x86_64__) || defined(__i386__)
+#include "codec/word_scan.h"
+
+#if QV_X86
 
 #include <immintrin.h>
 
-#include "codec/word_scan.h"
-
 namespace qv {
 
-__attribute__((target("avx512f"))) uint64_t ScanGreaterAvx512(const int32_t* words, size_t count, int32_t bound) {
+__attribute__((target("avx512f"))) uint64_t ScanGreaterAvx512(const int32_t* words, size_t count,
+                                                              int32_t bound) {
     const __m512i bounds = _mm512_set1_epi32(bound);
     uint64_t mask = 0;
     for (size_t i = 0; i < count; i += 16) {

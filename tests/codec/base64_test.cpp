@@ -14,9 +14,9 @@ using Bytes = std::vector<std::uint8_t>;
 
 std::vector<const qv::Base64Vectors*> VectorsOfThisProcessor() {
     std::vector<const qv::Base64Vectors*> vectors = {&qv::kBase64Plain};
-#if defined(__x86_64__) || defined(__i386__)
-    if (__builtin_cpu_supports("avx2")) vectors.push_back(&qv::kBase64Avx2);
-    if (__builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512bw")) {
+#if QV_X86
+    if (qv::HasAvx2()) vectors.push_back(&qv::kBase64Avx2);
+    if (qv::HasAvx512Bytes()) {
         vectors.push_back(&qv::kBase64Avx512);
     }
 #endif
@@ -32,7 +32,7 @@ std::string Encode(const Bytes& bytes, const qv::Base64Vectors& vectors) {
 // Decodes into room of exactly the promised size, with a guard behind it.
 std::optional<Bytes> Decode(const std::string& text, const qv::Base64Vectors& vectors) {
     constexpr std::size_t kGuard = 64;
-    const std::size_t room = qv::Base64DecodedRoom(text.size());
+    const std::size_t room = qv::Base64DecodedSize(text.size());
     Bytes bytes(room + kGuard, 0xEE);
     const auto decoded = qv::DecodeBase64(text.data(), text.size(), bytes.data(), vectors);
     EXPECT_EQ(Bytes(bytes.begin() + static_cast<std::ptrdiff_t>(room), bytes.end()), Bytes(kGuard, 0xEE));
@@ -121,10 +121,12 @@ TEST(Base64, ComputesSizesWithoutOverflow) {
     EXPECT_EQ(qv::Base64EncodedSize(1), 4U);
     EXPECT_EQ(qv::Base64EncodedSize(3), 4U);
     EXPECT_EQ(qv::Base64EncodedSize(4), 8U);
-    EXPECT_EQ(qv::Base64DecodedRoom(0), 0U);
-    EXPECT_EQ(qv::Base64DecodedRoom(1), 3U);
-    EXPECT_EQ(qv::Base64DecodedRoom(4), 3U);
-    EXPECT_EQ(qv::Base64DecodedRoom(UINT64_MAX), UINT64_MAX / 4 * 3 + 3);
+    EXPECT_EQ(qv::Base64DecodedSize(0), 0U);
+    EXPECT_EQ(qv::Base64DecodedSize(1), 0U);
+    EXPECT_EQ(qv::Base64DecodedSize(2), 1U);
+    EXPECT_EQ(qv::Base64DecodedSize(3), 2U);
+    EXPECT_EQ(qv::Base64DecodedSize(4), 3U);
+    EXPECT_EQ(qv::Base64DecodedSize(UINT64_MAX), UINT64_MAX / 4 * 3 + 2);
 }
 
 }  // namespace

@@ -13,9 +13,9 @@ using Bytes = std::vector<std::uint8_t>;
 
 std::vector<ScanGreater> ScansOfThisProcessor() {
     std::vector<ScanGreater> scans = {qv::ScanGreaterPlain};
-#if defined(__x86_64__) || defined(__i386__)
-    if (__builtin_cpu_supports("avx2")) scans.push_back(qv::ScanGreaterAvx2);
-    if (__builtin_cpu_supports("avx512f")) scans.push_back(qv::ScanGreaterAvx512);
+#if QV_X86
+    if (qv::HasAvx2()) scans.push_back(qv::ScanGreaterAvx2);
+    if (qv::HasAvx512()) scans.push_back(qv::ScanGreaterAvx512);
 #endif
     return scans;
 }

@@ -14,10 +14,10 @@ constexpr size_t kInsertionLimit = 16;
 using Numbers = std::vector<size_t>;
 using Place = size_t;
 
-/// The introsort, on `v`, with an order that looks at one byte only.
+// The introsort, on `v`, with an order that looks at one byte only.
 template <class Less>
 class Introsort {
-  public:
+public:
     Introsort(Numbers& v, Less less) : v_(v), less_(less) {}
 
     void Sort(int depthLimit) {
@@ -25,7 +25,7 @@ class Introsort {
         FinalInsertion();
     }
 
-  private:
+private:
     size_t Median(size_t a, size_t b, size_t c) const {
         if (less_(a, b)) {
             if (less_(b, c)) return b;
@@ -51,9 +51,11 @@ class Introsort {
 
     Place Partition(Place first, Place last, size_t pivot) {
         while (true) {
-            while (less_(v_[first], pivot)) ++first;
+            while (less_(v_[first], pivot))
+                ++first;
             --last;
-            while (less_(pivot, v_[last])) --last;
+            while (less_(pivot, v_[last]))
+                --last;
             if (!(first < last)) return first;
             std::swap(v_[first], v_[last]);
             ++first;
@@ -62,7 +64,8 @@ class Introsort {
 
     void HeapSort(Place first, Place last) {
         const size_t size = last - first;
-        for (size_t parent = (size - 2) / 2 + 1; parent-- > 0;) Sink(first, parent, size, v_[first + parent]);
+        for (size_t parent = (size - 2) / 2 + 1; parent-- > 0;)
+            Sink(first, parent, size, v_[first + parent]);
         for (size_t rest = size - 1; rest > 0; --rest) {
             const size_t value = v_[first + rest];
             v_[first + rest] = v_[first];
@@ -70,8 +73,8 @@ class Introsort {
         }
     }
 
-    /// The hole sinks to the bottom, always to the larger child (the right one of equals); then the value
-    /// rises from there.
+    // The hole sinks to the bottom, always to the larger child (the right one of equals); then the value
+    // rises from there.
     void Sink(Place first, size_t hole, size_t size, size_t value) {
         const size_t top = hole;
         size_t child = 2 * hole + 2;
@@ -96,13 +99,15 @@ class Introsort {
         for (size_t i = 1; i < guarded; ++i) {
             const size_t value = v_[i];
             if (less_(value, v_[0])) {
-                for (size_t j = i; j > 0; --j) v_[j] = v_[j - 1];
+                for (size_t j = i; j > 0; --j)
+                    v_[j] = v_[j - 1];
                 v_[0] = value;
             } else {
                 InsertUnguarded(i, value);
             }
         }
-        for (size_t i = guarded; i < v_.size(); ++i) InsertUnguarded(i, v_[i]);
+        for (size_t i = guarded; i < v_.size(); ++i)
+            InsertUnguarded(i, v_[i]);
     }
 
     void InsertUnguarded(size_t i, size_t value) {
@@ -119,7 +124,8 @@ class Introsort {
 
 int FloorLog2(size_t n) {
     int log = 0;
-    for (; n > 1; n /= 2) ++log;
+    for (; n > 1; n /= 2)
+        ++log;
     return log;
 }
 
@@ -149,10 +155,12 @@ BlockTransform EncodeBlock(const std::vector<uint8_t>& in) {
 std::vector<uint8_t> DecodeBlock(const std::vector<uint8_t>& in, size_t primaryIndex) {
     std::array<size_t, 256> smaller{};
     for (size_t c = 0; c < 256; ++c) {
-        smaller[c] = static_cast<size_t>(std::count_if(in.begin(), in.end(), [c](uint8_t b) { return b < c; }));
+        smaller[c] =
+            static_cast<size_t>(std::count_if(in.begin(), in.end(), [c](uint8_t b) { return b < c; }));
     }
     Numbers next(in.size());
-    for (size_t i = 0; i < in.size(); ++i) next[smaller[in[i]]++] = i;
+    for (size_t i = 0; i < in.size(); ++i)
+        next[smaller[in[i]]++] = i;
     std::vector<uint8_t> out;
     size_t p = primaryIndex;
     for (size_t k = 0; k < in.size(); ++k) {
@@ -184,8 +192,10 @@ std::vector<uint8_t> MakeIntrosortKiller(size_t size) {
     size_t candidate = 0;
     const auto less = [&](size_t a, size_t b) {
         if (value[a] == gas && value[b] == gas) value[a == candidate ? a : b] = settled++;
-        if (value[a] == gas) candidate = a;
-        else if (value[b] == gas) candidate = b;
+        if (value[a] == gas)
+            candidate = a;
+        else if (value[b] == gas)
+            candidate = b;
         return value[a] < value[b];
     };
     Numbers numbers(size);

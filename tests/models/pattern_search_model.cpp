@@ -14,7 +14,8 @@ std::optional<size_t> SearchPattern(const std::vector<uint8_t>& text, const std:
     size_t s = 0;
     while (s + length - 1 < text.size()) {
         size_t j = length;
-        while (j >= 1 && text[s + j - 1] == pattern[j - 1]) --j;
+        while (j >= 1 && text[s + j - 1] == pattern[j - 1])
+            --j;
         if (j == 0) return s;
         s += skip[text[s + j - 1]];
     }

@@ -1,3 +1,4 @@
+// The pattern search's own walk, step by step.
 #pragma once
 
 #include <cstddef>
@@ -5,7 +6,6 @@
 #include <optional>
 #include <vector>
 
-/// The pattern search's own walk, step by step.
 namespace qv::model {
 
 std::optional<size_t> SearchPattern(const std::vector<uint8_t>& text, const std::vector<uint8_t>& pattern);

@@ -38,7 +38,8 @@ std::optional<size_t> RingList::FindMatchedLocation(const std::vector<uint8_t>& 
         const size_t available = tail - i + (tail < i ? capacity : 0);
         if (available < pattern.size()) return std::nullopt;
         size_t k = 0;
-        while (k < pattern.size() && pattern[k] == buffer_[(head_ + i + k) % capacity]) ++k;
+        while (k < pattern.size() && pattern[k] == buffer_[(head_ + i + k) % capacity])
+            ++k;
         if (k == pattern.size()) return i;
     }
 }

@@ -1,3 +1,4 @@
+// The ring list's rules, one line of code for each line of the definition.
 #pragma once
 
 #include <cstddef>
@@ -5,12 +6,11 @@
 #include <optional>
 #include <vector>
 
-/// The ring list's rules, one line of code for each line of the definition.
 namespace qv::model {
 
 class RingList {
-  public:
-    /// False for size 0, which changes nothing.
+public:
+    // False for size 0, which changes nothing.
     bool SetBufferSize(size_t size);
     size_t GetBufferSize() const { return buffer_.size(); }
     size_t GetSize() const { return count_; }
@@ -18,7 +18,7 @@ class RingList {
     uint8_t GetValueAtIndex(size_t index) const;
     std::optional<size_t> FindMatchedLocation(const std::vector<uint8_t>& pattern, size_t start) const;
 
-  private:
+private:
     std::vector<uint8_t> buffer_;
     size_t count_ = 0;
     size_t head_ = 0;
