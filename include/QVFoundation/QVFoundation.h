@@ -7,6 +7,7 @@
 #include <QVFoundation/QVAdditions.h>
 #include <QVFoundation/QVArray.h>
 #include <QVFoundation/QVBase64.h>
+#include <QVFoundation/QVBinaryFormat.h>
 #include <QVFoundation/QVBitStream.h>
 #include <QVFoundation/QVBlockTransform.h>
 #include <QVFoundation/QVBlowfish.h>
@@ -26,11 +27,13 @@
 #include <QVFoundation/QVObject.h>
 #include <QVFoundation/QVPatternSearch.h>
 #include <QVFoundation/QVPlatformObject.h>
+#include <QVFoundation/QVPlist.h>
 #include <QVFoundation/QVRingList.h>
 #include <QVFoundation/QVScanner.h>
 #include <QVFoundation/QVStream.h>
 #include <QVFoundation/QVString.h>
 #include <QVFoundation/QVTemporaryObjectsPool.h>
 #include <QVFoundation/QVTree.h>
+#include <QVFoundation/QVXMLTree.h>
 
 #endif

@@ -57,7 +57,7 @@ bool QVCDate::SetLocalTime(const std::tm& time) {
     return true;
 }
 
-std::optional<std::time_t> QVCDate::GetInstant() const {
+std::optional<std::time_t> QVCDate::GetInstant(SummerTime summerTime) const {
     const std::int64_t year = std::int64_t{components_.year} - kFirstYear;
     const std::int64_t month = std::int64_t{components_.monthOfYear} - 1;
     if (year < std::numeric_limits<int>::min() || month < std::numeric_limits<int>::min())
@@ -70,8 +70,7 @@ std::optional<std::time_t> QVCDate::GetInstant() const {
     fields.tm_mday = components_.dayOfMonth;
     fields.tm_mon = static_cast<int>(month);
     fields.tm_year = static_cast<int>(year);
-    // The stored flag decides; the C library is never asked to guess.
-    fields.tm_isdst = components_.summerTime ? 1 : 0;
+    fields.tm_isdst = summerTime == SummerTime::kChosen ? -1 : components_.summerTime;
     // The last second of 1969 is -1 as failure is; only success sets the weekday.
     fields.tm_wday = -1;
     const std::time_t instant = std::mktime(&fields);
@@ -79,8 +78,8 @@ std::optional<std::time_t> QVCDate::GetInstant() const {
     return instant;
 }
 
-void QVCDate::AdjustComponents() {
-    const std::optional<std::time_t> instant = GetInstant();
+void QVCDate::AdjustComponents(SummerTime summerTime) {
+    const std::optional<std::time_t> instant = GetInstant(summerTime);
     if (!instant) return;
     const std::optional<std::tm> fields = LocalTime(*instant);
     if (fields) SetLocalTime(*fields);

@@ -37,12 +37,15 @@ public:
     // Copies the C library's fields. False, changing nothing, when the year does not fit. Throws
     // std::bad_alloc.
     bool SetLocalTime(const std::tm& time);
+    // Whose word on summer time counts when components become an instant: the date's own, or the C library's
+    // choice.
+    enum class SummerTime { kAsStored, kChosen };
     // The instant, or nothing when the C library cannot represent it.
-    [[nodiscard]] std::optional<std::time_t> GetInstant() const;
+    [[nodiscard]] std::optional<std::time_t> GetInstant(SummerTime summerTime = SummerTime::kAsStored) const;
     // The instant as the C library's mktime answers it: -1 stands for one it cannot represent as well.
     [[nodiscard]] std::time_t GetTime() const { return GetInstant().value_or(-1); }
 
-    void AdjustComponents();
+    void AdjustComponents(SummerTime summerTime = SummerTime::kAsStored);
     // New dates for the same instant, or null when it cannot be represented. Throw std::bad_alloc.
     [[nodiscard]] void* CreateUTCDateTime() const;
     [[nodiscard]] void* CreateLocalDateTime() const;

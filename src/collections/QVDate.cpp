@@ -3,6 +3,7 @@
 #include <QVFoundation/QVTemporaryObjectsPool.h>
 
 #include "collections/QVCDate.h"
+#include "collections/date_components.h"
 #include "runtime/Guard.h"
 
 using qv::Guard;
@@ -119,5 +120,21 @@ void* QVDateGetStringWithFormat(void* date, void* format) noexcept {
         if (format == nullptr) return QVSTR(L"");
         const std::wstring text = d.FormatWith(QVStringGetBuffer(format), QVStringGetLength(format));
         return QVSTR(text.c_str());
+    });
+}
+
+void* qv::CreateDateWithComponents(const DateComponents& components) noexcept {
+    return Guard<void*>(nullptr, [&components] {
+        qv::Owned date{qv::ToHandle(new QVCDate)};
+        auto* object = qv::FromHandle<QVCDate>(date.Get());
+        Components& fields = object->GetComponents();
+        fields.year = components.year;
+        fields.monthOfYear = components.monthOfYear;
+        fields.dayOfMonth = components.dayOfMonth;
+        fields.hour = components.hour;
+        fields.minutes = components.minutes;
+        fields.seconds = components.seconds;
+        object->AdjustComponents(QVCDate::SummerTime::kChosen);
+        return date.Detach();
     });
 }

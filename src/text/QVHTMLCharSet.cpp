@@ -8,6 +8,7 @@
 #include "base/html_entities.h"
 #include "runtime/Guard.h"
 #include "runtime/Owned.h"
+#include "runtime/filling.h"
 #include "runtime/singleton_keys.h"
 #include "text/QVStringImpl.h"
 
@@ -88,8 +89,7 @@ Owned CreateReplacedDictionary(void* dictionary, HtmlCharSet charSet) {
             ReplacedElement(QVDictionaryGetObject(dictionary, QVStringGetBuffer(key)), charSet);
         const Owned replacedKey = CreateReplaced(key, charSet);
         const wchar_t* keyText = QVStringGetBuffer(replacedKey.Get());
-        QVDictionarySetObject(result.Get(), value.Get(), keyText);
-        if (QVDictionaryGetObject(result.Get(), keyText) != value.Get()) throw std::bad_alloc();
+        qv::SetOrThrow(result.Get(), value.Get(), keyText);
     }
     return result;
 }
