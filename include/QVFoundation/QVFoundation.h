@@ -5,6 +5,7 @@
 #define QVFOUNDATION_QVFOUNDATION_H
 
 #include <QVFoundation/QVAdditions.h>
+#include <QVFoundation/QVArchive.h>
 #include <QVFoundation/QVArray.h>
 #include <QVFoundation/QVBase64.h>
 #include <QVFoundation/QVBinaryFormat.h>

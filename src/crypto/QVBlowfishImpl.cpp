@@ -2,26 +2,11 @@
 
 #include <cstring>
 
-#include <QVFoundation/QVLibrary.h>
 #include <QVFoundation/QVObject.h>
 
-namespace {
+#include "runtime/random_code.h"
 
-// One random number on top, the next below. The lower one joins sign-extended, so a negative one would cover
-// the upper: that is how feedback codes have always been drawn.
-std::uint64_t DrawWord() noexcept {
-    const auto high = static_cast<std::uint64_t>(static_cast<std::int64_t>(QVRandom())) << 32;
-    return high | static_cast<std::uint64_t>(static_cast<std::int64_t>(QVRandom()));
-}
-
-std::uint64_t DrawFeedbackCode() noexcept {
-    const std::uint64_t first = DrawWord();
-    return first ^ DrawWord();
-}
-
-}  // namespace
-
-QVBlowfishImpl::QVBlowfishImpl() : feedbackCode_(DrawFeedbackCode()) {}
+QVBlowfishImpl::QVBlowfishImpl() : feedbackCode_(qv::RandomCode()) {}
 
 std::uint16_t QVBlowfishImpl::GetTypeID() const {
     return QVTypeIDBlowfish;

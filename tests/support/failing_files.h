@@ -32,10 +32,10 @@ enum class FileOperation {
 };
 
 // Stands in for the library's file system while it lives.
-class FailingFiles final : public qv::FileSystem {
+class FailingFiles : public qv::FileSystem {
 public:
     FailingFiles();
-    ~FailingFiles();
+    virtual ~FailingFiles();
 
     // Lets one call fail: the one of that operation that comes after `after` others. With `allLater`, the
     // later ones fail too. A descriptor that fails to close is closed all the same.
