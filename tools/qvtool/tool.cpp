@@ -1,0 +1,102 @@
+#include "tool.h"
+
+#include <cerrno>
+#include <cstring>
+
+namespace tool {
+
+Object PathText(const std::string& path) {
+    Object text(QVStringCreateWithCString(path.c_str()));
+    if (!path.empty() && QVStringGetLength(text.Get()) == 0) {
+        throw Failure("the name is not UTF-8 text");
+    }
+    return text;
+}
+
+std::string ResultText(int code) {
+    const char* text = "unknown result";
+    switch (code) {
+        case QVNoErr:
+            text = "success";
+            break;
+        case QVErrNotFound:
+            text = "not found";
+            break;
+        case QVErrParam:
+            text = "bad argument";
+            break;
+        case QVErrMemory:
+            text = "out of memory";
+            break;
+        case QVErrFormat:
+            text = "malformed data";
+            break;
+        case QVErrSyntax:
+            text = "syntax error";
+            break;
+        case QVErrFileNotFound:
+            text = "no such file or directory";
+            break;
+        case QVErrIO:
+            text = "input/output error";
+            break;
+        case QVErrDuplicate:
+            text = "exists already";
+            break;
+        case QVErrPermission:
+            text = "access refused";
+            break;
+        case QVErrBusy:
+            text = "the file is open";
+            break;
+        case QVErrEOF:
+            text = "unexpected end of file";
+            break;
+        case QVErrHashMismatch:
+            text = "the fingerprint does not match the contents";
+            break;
+        case QVErrBitsShort:
+            text = "too few bits";
+            break;
+        case QVErrWriteShort:
+            text = "short write";
+            break;
+        case QVErrReadShort:
+            text = "short read";
+            break;
+        case QVErrDirectoryFull:
+            text = "no item number left";
+            break;
+        case QVErrEndOfObjects:
+            text = "no more objects";
+            break;
+        default:
+            break;
+    }
+    return std::string(text) + " (" + std::to_string(code) + ")";
+}
+
+void Require(int code, const std::string& what) {
+    if (code != QVNoErr) {
+        throw Failure(what + ": " + ResultText(code));
+    }
+}
+
+std::string SystemText(const std::string& what) {
+    return what + ": " + std::strerror(errno);
+}
+
+std::string Grouped(std::uint64_t number) {
+    std::string digits = std::to_string(number);
+    for (std::size_t place = digits.size(); place > 3;) {
+        place -= 3;
+        digits.insert(place, ",");
+    }
+    return digits;
+}
+
+double Rate(std::uint64_t bytes, double seconds) {
+    return seconds > 0 ? static_cast<double>(bytes) / 1e6 / seconds : 0;
+}
+
+}  // namespace tool
