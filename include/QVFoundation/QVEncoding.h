@@ -75,6 +75,15 @@ QV_EXPORT void* QVStringCreateWithData(void* data, QVEncodingInfo info) QV_NOTHR
 QV_EXPORT const char* QVStringGetUTF8String(void* string) QV_NOTHROW;
 
 /**
+ * The MIME name of an encoding as a string, borrowed from a table that is made on the first call and lives
+ * until the library's end: "Shift_JIS", "ISO-2022-JP", "EUC-JP", "UTF-8", "UTF-16BE", "UTF-16LE", "UTF-32BE"
+ * or "UTF-32LE". The byte order (1 little-endian, 2 big-endian) counts for UTF-16 and UTF-32, which have no
+ * name without one. Null when there is no name; also while the library is down, after logging "QVFoundation
+ * is not initialized.", and when memory runs out.
+ */
+QV_EXPORT void* QVGetMIMECharSetName(uint32_t encoding, uint32_t byteOrder) QV_NOTHROW;
+
+/**
  * Encodes `count` characters and stores new Data, owned by the caller, in `data`: 2 * count ZERO BYTES COME
  * FIRST, then the encoded bytes. Surrogates are encoded like any other value, values from 2^21 on in five or
  * six bytes, and a negative value becomes one byte, its low seven bits. `second`, which may be null, is
