@@ -14,6 +14,7 @@
 #include <QVFoundation/QVBlowfish.h>
 #include <QVFoundation/QVData.h>
 #include <QVFoundation/QVDate.h>
+#include <QVFoundation/QVDeflate.h>
 #include <QVFoundation/QVDictionary.h>
 #include <QVFoundation/QVEncoding.h>
 #include <QVFoundation/QVEnumerator.h>
@@ -21,6 +22,8 @@
 #include <QVFoundation/QVFileManager.h>
 #include <QVFoundation/QVHTMLCharSet.h>
 #include <QVFoundation/QVHashValue.h>
+#include <QVFoundation/QVHuffman.h>
+#include <QVFoundation/QVLZSS.h>
 #include <QVFoundation/QVLibrary.h>
 #include <QVFoundation/QVLinkedList.h>
 #include <QVFoundation/QVMD5.h>
