@@ -93,11 +93,11 @@ private:
 
     // A prefix of up to 8 bytes is a number: its bytes, most significant first.
     static std::size_t BucketOf(std::uint64_t prefix) noexcept {
-        return (prefix * kSpread) >> (64 - kBucketBits);
+        return static_cast<std::size_t>(prefix * kSpread >> (64 - kBucketBits));
     }
     static std::size_t BucketAt(const std::uint8_t* bytes, int length) noexcept;
     static std::size_t SeenBit(std::uint64_t triple) noexcept {
-        return (triple * kSpread) >> (64 - kSeenBits);
+        return static_cast<std::size_t>(triple * kSpread >> (64 - kSeenBits));
     }
 
     static void Enter(Level& level, std::size_t bucket, int place) noexcept;
