@@ -37,14 +37,13 @@ void Repeat(uint8_t* out, size_t period, size_t size) {
 }
 
 // Where each byte value's places begin among the sorted bytes.
-template <class Place>
-std::array<Place, 256> CountSmaller(const uint8_t* in, size_t size) {
-    std::array<Place, 256> places{};
+std::array<size_t, 256> CountSmaller(const uint8_t* in, size_t size) {
+    std::array<size_t, 256> places{};
     for (size_t i = 0; i < size; ++i)
         ++places[in[i]];
-    Place sum = 0;
-    for (Place& place : places) {
-        const Place count = place;
+    size_t sum = 0;
+    for (size_t& place : places) {
+        const size_t count = place;
         place = sum;
         sum += count;
     }
@@ -56,7 +55,7 @@ std::array<Place, 256> CountSmaller(const uint8_t* in, size_t size) {
 template <class Link>
 void Decode(const uint8_t* in, size_t size, size_t primaryIndex, uint8_t* out) {
     const std::unique_ptr<Link[]> links = AllocateUnset<Link>(size);
-    std::array<Link, 256> places = CountSmaller<Link>(in, size);
+    std::array<size_t, 256> places = CountSmaller(in, size);
     for (size_t i = 0; i < size; ++i)
         links[places[in[i]]++] = static_cast<Link>(static_cast<Link>(i) << 8 | in[i]);
     out[0] = in[primaryIndex];
