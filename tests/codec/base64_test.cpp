@@ -24,7 +24,7 @@ std::vector<const qv::Base64Vectors*> VectorsOfThisProcessor() {
 }
 
 std::string Encode(const Bytes& bytes, const qv::Base64Vectors& vectors) {
-    std::string text(qv::Base64EncodedSize(bytes.size()), '?');
+    std::string text(static_cast<std::size_t>(qv::Base64EncodedSize(bytes.size())), '?');
     qv::EncodeBase64(bytes.data(), bytes.size(), text.data(), vectors);
     return text;
 }
@@ -32,7 +32,7 @@ std::string Encode(const Bytes& bytes, const qv::Base64Vectors& vectors) {
 // Decodes into room of exactly the promised size, with a guard behind it.
 std::optional<Bytes> Decode(const std::string& text, const qv::Base64Vectors& vectors) {
     constexpr std::size_t kGuard = 64;
-    const std::size_t room = qv::Base64DecodedSize(text.size());
+    const auto room = static_cast<std::size_t>(qv::Base64DecodedSize(text.size()));
     Bytes bytes(room + kGuard, 0xEE);
     const auto decoded = qv::DecodeBase64(text.data(), text.size(), bytes.data(), vectors);
     EXPECT_EQ(Bytes(bytes.begin() + static_cast<std::ptrdiff_t>(room), bytes.end()), Bytes(kGuard, 0xEE));
