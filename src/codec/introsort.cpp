@@ -20,11 +20,16 @@ constexpr int32_t Key(int32_t word) {
 }
 
 constexpr size_t LowestBit(uint64_t mask) {
-    return static_cast<size_t>(std::countr_zero(mask));
+    return static_cast<unsigned>(std::countr_zero(mask));
 }
 
-constexpr size_t HighestBit(uint64_t mask) {
-    return static_cast<size_t>(63 - std::countl_zero(mask));
+// Bit i becomes bit 63 - i.
+constexpr uint64_t ReverseBits(uint64_t bits) {
+    constexpr uint64_t kOdd = 0x5555555555555555, kPairs = 0x3333333333333333, kNibbles = 0x0F0F0F0F0F0F0F0F;
+    bits = (bits >> 1 & kOdd) | (bits & kOdd) << 1;
+    bits = (bits >> 2 & kPairs) | (bits & kPairs) << 2;
+    bits = (bits >> 4 & kNibbles) | (bits & kNibbles) << 4;
+    return __builtin_bswap64(bits);
 }
 
 constexpr int32_t MedianKey(int32_t a, int32_t b, int32_t c) {
@@ -141,17 +146,22 @@ private:
         return greater_(words, count, pivot * (1 << kIntrosortKeyShift) - 1);
     }
 
-    // The places that stop the search from the right: keys not above the pivot's.
+    // The places that stop the search from the right: keys not above the pivot's. Bit i stands for the i-th
+    // word from the right, so that here as well the lowest bit comes first: highest bits are slow to find.
     uint64_t StopsFromRight(const int32_t* words, size_t count, int32_t pivot) const {
-        return ~greater_(words, count, (pivot + 1) * (1 << kIntrosortKeyShift) - 1) & LowBits(count);
+        return ReverseBits(~GreaterThan(words, count, pivot) & LowBits(count)) >> (kWordScanBlock - count);
+    }
+
+    uint64_t GreaterThan(const int32_t* words, size_t count, int32_t pivot) const {
+        return greater_(words, count, (pivot + 1) * (1 << kIntrosortKeyShift) - 1);
     }
 
     bool IsOneKey(const int32_t* first, const int32_t* last, int32_t key) const {
         if (Key(first[0]) != key || Key(last[-1]) != key) return false;
         while (first < last) {
             const size_t count = std::min(kWordScanBlock, static_cast<size_t>(last - first));
-            const uint64_t equal = StopsFromLeft(first, count, key) & StopsFromRight(first, count, key);
-            if (equal != LowBits(count)) return false;
+            if (StopsFromLeft(first, count, key) != LowBits(count)) return false;
+            if (GreaterThan(first, count, key) != 0) return false;
             first += count;
         }
         return true;
@@ -162,34 +172,33 @@ private:
     int32_t* Partition(int32_t* first, int32_t* last, int32_t pivot) const {
         while (static_cast<size_t>(last - first) > kWordScanBlock) {
             const size_t count = std::min(kWordScanBlock, static_cast<size_t>(last - first) / 2);
-            int32_t* const right = last - count;
             uint64_t leftStops = StopsFromLeft(first, count, pivot);
-            uint64_t rightStops = StopsFromRight(right, count, pivot);
+            uint64_t rightStops = StopsFromRight(last - count, count, pivot);
             while (leftStops != 0 && rightStops != 0) {
-                const size_t j = HighestBit(rightStops);
-                std::swap(first[LowestBit(leftStops)], right[j]);
+                std::swap(first[LowestBit(leftStops)], *(last - 1 - LowestBit(rightStops)));
                 leftStops &= leftStops - 1;
-                rightStops ^= uint64_t{1} << j;
+                rightStops &= rightStops - 1;
             }
             // One of the blocks is done; the other begins at its first place that is still to be exchanged.
-            last = rightStops == 0 ? right : right + HighestBit(rightStops) + 1;
             first += leftStops == 0 ? count : LowestBit(leftStops);
+            last -= rightStops == 0 ? count : LowestBit(rightStops);
         }
+        if (first == last) return first;
         return first + PartitionBlock(first, static_cast<size_t>(last - first), pivot);
     }
 
-    // The end of a partition, where both searches run through the same block.
+    // The end of a partition, where both searches run through the same block, which is not empty.
     size_t PartitionBlock(int32_t* words, size_t count, int32_t pivot) const {
         uint64_t leftStops = StopsFromLeft(words, count, pivot);
         uint64_t rightStops = StopsFromRight(words, count, pivot);
         size_t exchanged = count;  // from here on nothing is below the pivot
         while (leftStops != 0 && rightStops != 0) {
             const size_t i = LowestBit(leftStops);
-            const size_t j = HighestBit(rightStops);
+            const size_t j = count - 1 - LowestBit(rightStops);
             if (i >= j) break;
             std::swap(words[i], words[j]);
             leftStops &= leftStops - 1;
-            rightStops ^= uint64_t{1} << j;
+            rightStops &= rightStops - 1;
             exchanged = j;
         }
         return leftStops == 0 ? exchanged : std::min(exchanged, LowestBit(leftStops));
@@ -202,7 +211,7 @@ private:
 
 void Introsort(int32_t* words, size_t count) {
     static const ScanGreater greater = GetScanGreater();
-    const int depthLimit = count == 0 ? 0 : 2 * static_cast<int>(HighestBit(count));
+    const int depthLimit = count == 0 ? 0 : 2 * (static_cast<int>(std::bit_width(count)) - 1);
     Introsort(words, count, depthLimit, greater);
 }
 
