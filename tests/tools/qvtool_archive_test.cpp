@@ -1,48 +1,26 @@
 // qvtool archive, run as a user runs it: create, list, extract, and what each says when something is wrong.
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <map>
 #include <string>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
 #include "models/archive_model.h"
 #include "support/temporary_directory.h"
+#include "tools/run_qvtool.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using qvmodel::ArchiveItem;
 using qvtest::Exists;
+using qvtest::Outcome;
+using qvtest::Qvtool;
 using qvtest::ReadFile;
+using qvtest::Says;
 using qvtest::WriteFile;
-
-struct Outcome {
-    int status = -1;
-    std::string output;  // stdout and stderr
-};
-
-// The arguments go through the shell, as a user's do. The output is no terminal.
-Outcome Qvtool(const std::string& arguments) {
-    Outcome outcome;
-    std::FILE* pipe = popen((QVTOOL " " + arguments + " 2>&1").c_str(), "r");
-    if (pipe == nullptr) return outcome;
-    char buffer[4096];
-    for (std::size_t size = 0; (size = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) {
-        outcome.output.append(buffer, size);
-    }
-    const int status = pclose(pipe);
-    outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return outcome;
-}
-
-bool Says(const Outcome& outcome, const std::string& text) {
-    return outcome.output.find(text) != std::string::npos;
-}
 
 // Every regular file below a directory: name and bytes.
 std::map<std::string, std::string> Tree(const std::string& directory) {

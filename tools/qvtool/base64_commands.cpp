@@ -1,0 +1,159 @@
+// qvtool base64 encode | decode
+
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <sys/stat.h>
+#include <vector>
+
+#include <QVFoundation/QVFoundation.h>
+
+#include "commands.h"
+#include "progress.h"
+#include "tool.h"
+
+namespace {
+
+using tool::Failure;
+
+// Whole groups of 3 bytes and of 4 characters, so that the pieces' results join to the result of the whole.
+constexpr std::size_t kPiece = 12 << 16;
+
+struct Arguments {
+    std::string file = "-";
+    bool ignoreSpace = false;
+};
+
+// The named file, or standard input for "-".
+class Input final {
+public:
+    explicit Input(const std::string& name)
+        : name_(name == "-" ? "standard input" : name),
+          file_(name == "-" ? stdin : std::fopen(name.c_str(), "rb")) {
+        if (file_ == nullptr) throw Failure(tool::SystemText(name_));
+    }
+    Input(const Input&) = delete;
+    Input& operator=(const Input&) = delete;
+    ~Input() {
+        if (file_ != stdin) std::fclose(file_);
+    }
+
+    // 0 when it is not known.
+    [[nodiscard]] std::uint64_t Size() const {
+        struct stat status {};
+        if (fstat(fileno(file_), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
+        return static_cast<std::uint64_t>(status.st_size);
+    }
+
+    // Fewer bytes than asked at the end only.
+    std::size_t Read(char* bytes, std::size_t size) {
+        const std::size_t count = std::fread(bytes, 1, size, file_);
+        if (std::ferror(file_) != 0) throw Failure(tool::SystemText(name_));
+        return count;
+    }
+
+private:
+    std::string name_;
+    std::FILE* file_;
+};
+
+void Print(void* data) {
+    const std::size_t size = QVDataGetSize(data);
+    if (std::fwrite(QVDataGetImutableBuffer(data), 1, size, stdout) != size) {
+        throw Failure(tool::SystemText("standard output"));
+    }
+}
+
+void FinishOutput() {
+    if (std::fflush(stdout) != 0) throw Failure(tool::SystemText("standard output"));
+}
+
+void Encode(const Arguments& arguments) {
+    const tool::LibrarySession session;
+    Input input(arguments.file);
+    tool::Progress progress(input.Size(), tool::ProgressMode::kWhenTerminal);
+    std::vector<char> piece(kPiece);
+    for (std::size_t size = kPiece; size == kPiece;) {
+        size = input.Read(piece.data(), kPiece);
+        const tool::Object pool(QVTemporaryObjectsPoolCreate());
+        void* text = QVBase64Encode(piece.data(), size);
+        if (text == nullptr) throw Failure("out of memory");
+        Print(text);
+        progress.Advance(size);
+    }
+    progress.Clear();
+    FinishOutput();
+}
+
+bool IsSpace(char c) {
+    return std::strchr(" \t\r\n\f\v", c) != nullptr && c != '\0';
+}
+
+// Hands on a text's characters in pieces, without its white space if asked.
+class Characters final {
+public:
+    Characters(Input& input, bool ignoreSpace, tool::Progress& progress)
+        : input_(input), ignoreSpace_(ignoreSpace), progress_(progress) {}
+
+    // Fewer characters than a piece at the end only.
+    std::string NextPiece() {
+        std::string text;
+        while (text.size() < kPiece) {
+            std::string more(kPiece - text.size(), '\0');
+            more.resize(input_.Read(more.data(), more.size()));
+            if (more.empty()) break;
+            progress_.Advance(more.size());
+            if (ignoreSpace_) std::erase_if(more, IsSpace);
+            text += more;
+        }
+        return text;
+    }
+
+private:
+    Input& input_;
+    bool ignoreSpace_;
+    tool::Progress& progress_;
+};
+
+void Decode(const Arguments& arguments) {
+    const tool::LibrarySession session;
+    Input input(arguments.file);
+    tool::Progress progress(input.Size(), tool::ProgressMode::kWhenTerminal);
+    Characters characters(input, arguments.ignoreSpace, progress);
+    for (bool more = true; more;) {
+        const std::string text = characters.NextPiece();
+        const tool::Object pool(QVTemporaryObjectsPoolCreate());
+        void* bytes = QVBase64Decode(text.data(), text.size());
+        if (bytes == nullptr) {
+            throw Failure(arguments.ignoreSpace
+                              ? "the input is not Base64"
+                              : "the input is not Base64 without white space (see --ignore-space)");
+        }
+        Print(bytes);
+        // The first "=" ends a text.
+        more = text.size() == kPiece && text.find('=') == std::string::npos;
+    }
+    progress.Clear();
+    FinishOutput();
+}
+
+const tool::CommandFamily family("base64", [](CLI::App& app) {
+    CLI::App* base64 = app.add_subcommand("base64", "Turn bytes into Base64 text and back");
+    base64->require_subcommand(1);
+    const auto arguments = std::make_shared<Arguments>();
+    CLI::App* encode =
+        base64->add_subcommand("encode", "Print a file's bytes as Base64, in one line without its end");
+    CLI::App* decode =
+        base64->add_subcommand("decode", "Print the bytes that a file's Base64 text stands for");
+    for (CLI::App* command : {encode, decode}) {
+        command->add_option("file", arguments->file,
+                            "The file to read; \"-\", the default, is standard input");
+    }
+    decode->add_flag("--ignore-space", arguments->ignoreSpace,
+                     "Leave white space and line breaks out; without this they are errors");
+    encode->callback([arguments] { Encode(*arguments); });
+    decode->callback([arguments] { Decode(*arguments); });
+});
+
+}  // namespace
