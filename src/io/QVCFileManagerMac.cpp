@@ -1,5 +1,6 @@
 #include "io/QVCFileManagerMac.h"
 
+#include <algorithm>
 #include <new>
 #include <optional>
 #include <string>
@@ -82,15 +83,17 @@ int QVCFileManagerMac::MakeDirectory(void* path, bool intermediate) {
 }
 
 void* QVCFileManagerMac::TokenizePathComponents(void* path) {
-    Owned components(qv::RequireObject(QVArrayCreateWithCapacity(0)));
+    // A component that is lost for lack of memory would make the rest name another directory, so room for all
+    // of them is made at once, and a scan that ends early is noticed.
+    const std::wstring_view text = qv::CharactersOf(path);
+    const auto separators = static_cast<unsigned long>(std::count(text.begin(), text.end(), L'/'));
+    Owned components(qv::RequireObject(QVArrayCreateWithCapacity(separators + 1)));
     const Owned scanner(qv::RequireObject(QVScannerCreateWithString(path)));
     for (void* piece = nullptr; QVScannerScanUpToCharacters(scanner.Get(), L"/", &piece) != 0;) {
         const Owned component(CreateWithoutSeparator(qv::RequireObject(piece)));
-        const unsigned long count = QVArrayGetCount(components.Get());
         QVArrayAddObject(components.Get(), component.Get());
-        // A component that found no room would make the rest name another directory.
-        if (QVArrayGetCount(components.Get()) == count) throw std::bad_alloc();
     }
+    if (static_cast<std::size_t>(QVScannerGetMarker(scanner.Get())) != text.size()) throw std::bad_alloc();
     return components.Detach();
 }
 
