@@ -43,7 +43,7 @@ struct File {
         if (isReadOnly) return kNoPermission;
         const std::size_t end = static_cast<std::size_t>(marker) + size;
         if (size > 0 && end > bytes.size()) bytes.resize(end);
-        std::copy_n(from, size, bytes.begin() + marker);
+        std::copy_n(from, size, bytes.begin() + static_cast<std::ptrdiff_t>(marker));
         marker += static_cast<std::int64_t>(size);
         done = size;
         return kNoError;
