@@ -4,12 +4,53 @@
 #include <stdexcept>
 
 #include "base/block_cache.h"
+#include "base/wide_search.h"
 
 namespace qv {
 namespace {
 
+// With the terminating 0 a block of 192 bytes, the largest that the block cache keeps.
+constexpr size_t kFirstHeapCapacity = 47;
+
 constexpr size_t SizeOf(size_t capacity) noexcept {
     return (capacity + 1) * sizeof(wchar_t);
+}
+
+// Up to here one loop that copies and looks for a 0 takes less time than a call of the C library for each.
+constexpr size_t kShort = 32;
+
+// Whether either of two characters is 0; they were read as one word, in whatever order.
+constexpr bool HasZero(uint64_t pair) noexcept {
+    constexpr uint64_t kLowBits = 0x0000000100000001;
+    constexpr uint64_t kHighBits = 0x8000000080000000;
+    return ((pair - kLowBits) & ~pair & kHighBits) != 0;
+}
+
+// Copies the text up to its first 0; answers how many characters that were.
+size_t CopyUpToZero(wchar_t* to, std::wstring_view text) noexcept {
+    const wchar_t* from = text.data();
+    size_t i = 0;
+    for (uint64_t pair; i + 2 <= text.size(); i += 2) {
+        std::memcpy(&pair, from + i, sizeof pair);
+        if (HasZero(pair)) break;
+        std::memcpy(to + i, &pair, sizeof pair);
+    }
+    for (; i < text.size() && from[i] != L'\0'; ++i)
+        to[i] = from[i];
+    return i;
+}
+
+// Copies a text whose room has grown. In one piece the C library would leave a long text to a string
+// instruction, which some processors run at a fifth of the speed when both blocks lie alike in their pages,
+// as blocks of doubling sizes do.
+void CopyToGrownRoom(wchar_t* to, std::wstring_view text) noexcept {
+    constexpr size_t kPiece = 512;  // characters
+    while (!text.empty()) {
+        const size_t count = std::min(text.size(), kPiece);
+        std::memcpy(to, text.data(), count * sizeof(wchar_t));
+        to += count;
+        text.remove_prefix(count);
+    }
 }
 
 }  // namespace
@@ -32,6 +73,11 @@ WideText& WideText::operator=(WideText&& other) noexcept {
     FreeHeap();
     StealFrom(other);
     return *this;
+}
+
+void WideText::AppendUpToZero(std::wstring_view text) {
+    if (text.size() > kShort || text.size() > size_t{capacity_} - length_) return Append(UpToZero(text));
+    Terminate(length_ + CopyUpToZero(data_ + length_, text));
 }
 
 void WideText::Erase(size_t location, size_t count) noexcept {
@@ -77,7 +123,8 @@ size_t WideText::CheckedSum(size_t length, size_t more) {
 
 // Doubling, so that appending costs a constant time for each character.
 size_t WideText::GrownCapacity(size_t length) const noexcept {
-    return std::min(kMaxLength, std::max(length, 2 * size_t{capacity_} + 1));
+    const size_t doubled = IsInline() ? kFirstHeapCapacity : 2 * size_t{capacity_} + 1;
+    return std::min(kMaxLength, std::max(length, doubled));
 }
 
 void WideText::FreeHeap() noexcept {
@@ -107,7 +154,7 @@ void WideText::StealFrom(WideText& other) noexcept {
 
 void WideText::Reallocate(size_t capacity) {
     wchar_t* data = Allocate(capacity);
-    Copy(data, View());
+    CopyToGrownRoom(data, View());
     Adopt(data, length_, capacity);
 }
 
@@ -120,7 +167,7 @@ void WideText::AppendGrowing(std::wstring_view text) {
     const size_t length = CheckedSum(length_, text.size());
     const size_t capacity = GrownCapacity(length);
     wchar_t* data = Allocate(capacity);
-    Copy(data, View());
+    CopyToGrownRoom(data, View());
     Copy(data + length_, text);
     Adopt(data, length, capacity);
 }

@@ -54,6 +54,9 @@ public:
         Terminate(length_ + text.size());
     }
 
+    // Appends the text up to its first 0.
+    void AppendUpToZero(std::wstring_view text);
+
     // Keeps the first `length` characters; `length` must not exceed the length.
     void Truncate(size_t length) noexcept { Terminate(length); }
 

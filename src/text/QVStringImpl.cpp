@@ -204,7 +204,7 @@ void* QVStringImpl::CreateByExpandingTildeInPath() const {
 }
 
 void QVStringImpl::AppendString(void* other) {
-    text_.Append(qv::UpToZero(TextOf(other)));
+    text_.AppendUpToZero(TextOf(other));
 }
 
 void QVStringImpl::TrimLeft() {

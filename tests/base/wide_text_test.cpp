@@ -75,6 +75,27 @@ TEST(WideText, RoomIsTakenAsFarAsItWasWritten) {
     EXPECT_GE(text.Capacity(), 102U);
 }
 
+TEST(WideText, AppendingUpToZeroTakesWhatStandsBeforeIt) {
+    for (const size_t length : {0U, 1U, 2U, 3U, 12U, 13U, 32U, 33U, 100U}) {
+        for (size_t zero = 0; zero <= length; ++zero) {
+            std::wstring added = Letters(length) + L'\0';
+            added[zero] = L'\0';
+            for (const size_t room : {size_t{0}, size_t{500}}) {
+                WideText text(L"ab");
+                text.Reserve(room);
+                text.AppendUpToZero({added.data(), length});
+                ASSERT_EQ(text.View(), L"ab" + Letters(zero)) << length << " characters, 0 at " << zero;
+                ASSERT_EQ(text.Data()[2 + zero], L'\0');
+            }
+        }
+    }
+    // A 0 is told from characters that have a 0 half or come next to it.
+    const std::wstring_view wild = L"\x00010000\x7FFFFFFF\x00000001\x0000FFFF";
+    WideText text;
+    text.AppendUpToZero(wild);
+    EXPECT_EQ(text.View(), wild);
+}
+
 TEST(WideText, ReservingIsExactAndKeepsTheText) {
     WideText text(L"ab");
     text.Reserve(1000);
@@ -99,14 +120,16 @@ TEST(WideText, AppendingAllocatesALogarithmicNumberOfTimes) {
 
 TEST(WideText, ReplacingAPartByItselfNeedsNoMoreRoomThanItsLength) {
     WideText text(Letters(30));
-    for (int i = 0; i < 100; ++i) text.Replace(0, 30, text.View());
+    for (int i = 0; i < 100; ++i)
+        text.Replace(0, 30, text.View());
     EXPECT_EQ(text.View(), Letters(30));
     EXPECT_EQ(text.Capacity(), 30U);
 }
 
 TEST(WideText, TooLongIsALengthError) {
     WideText text(L"ab");
-    const volatile size_t most = WideText::kMaxLength;  // volatile, or compilers warn of the lengths tried here
+    const volatile size_t most =
+        WideText::kMaxLength;  // volatile, or compilers warn of the lengths tried here
     EXPECT_THROW((void)text.AppendRoom(most - 1), std::length_error);
     EXPECT_THROW((void)text.AppendRoom(static_cast<size_t>(-1)), std::length_error);
     EXPECT_THROW(text.Append({text.Data(), most}), std::length_error);
