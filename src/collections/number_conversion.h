@@ -39,12 +39,21 @@ template <class To>
     }
 }
 
+// 32-bit x86 converts large integers in registers that are wider than the result; only storing it rounds it.
 template <class To, class From>
-[[nodiscard]] constexpr To ConvertNumber(From value) noexcept {
+[[nodiscard]] inline To RoundTo(From value) noexcept {
+    const volatile To stored = static_cast<To>(value);
+    return stored;
+}
+
+template <class To, class From>
+[[nodiscard]] To ConvertNumber(From value) noexcept {
     if constexpr (std::is_same_v<To, bool>) {
         return value != From{};  // NaN is not 0
     } else if constexpr (std::is_floating_point_v<From> && std::is_integral_v<To>) {
         return TruncateTo<To>(value);
+    } else if constexpr (std::is_integral_v<From> && sizeof(From) >= 4 && std::is_floating_point_v<To>) {
+        return RoundTo<To>(value);
     } else {
         return static_cast<To>(value);
     }
