@@ -79,7 +79,7 @@ void* QVArrayImpl::CreateObjectEnumerator() {
     return enumerator;
 }
 
-void* QVArrayImplObjectEnumerator::NextObject() {
+void* QVArrayImplObjectEnumerator::NextObject() noexcept {
     if (cursor_ >= array_->GetCount()) return nullptr;
     return array_->GetObject(cursor_++);
 }

@@ -50,8 +50,8 @@ public:
     ~QVArrayImplObjectEnumerator() override { array_->Release(); }
 
     [[nodiscard]] std::uint16_t GetTypeID() const override { return QVTypeIDArrayEnumerator; }
-    void* NextObject() override;
-    void Reset() override { cursor_ = 0; }
+    void* NextObject() noexcept override;
+    void Reset() noexcept override { cursor_ = 0; }
 
 private:
     QVArrayImpl* array_;

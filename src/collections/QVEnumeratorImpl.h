@@ -6,7 +6,7 @@
 class QVEnumeratorImpl : public QVCBase {
 public:
     // The next element, borrowed, or null at the end.
-    virtual void* NextObject() = 0;
+    virtual void* NextObject() noexcept = 0;
     // Back to the first element.
-    virtual void Reset() = 0;
+    virtual void Reset() noexcept = 0;
 };

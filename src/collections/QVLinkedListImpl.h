@@ -47,8 +47,8 @@ public:
         : list_(qv::Owned::Retaining(qv::ToHandle(&list))), cursor_(list.Nodes()) {}
 
     [[nodiscard]] std::uint16_t GetTypeID() const override { return QVTypeIDLinkedListEnumerator; }
-    void* NextObject() override { return cursor_.Next(); }
-    void Reset() override { cursor_.Reset(); }
+    void* NextObject() noexcept override { return cursor_.Next(); }
+    void Reset() noexcept override { cursor_.Reset(); }
 
 private:
     // The cursor goes before the list it stands in.

@@ -27,7 +27,7 @@ constexpr std::size_t kMostNodesInChunk = 168;
 }  // namespace
 
 HandleList::Cursor::Cursor(HandleList& list) noexcept
-    : list_(list), node_(list.Front()), nextCursor_(list.cursors_) {
+    : list_(list), end_(list.End()), node_(list.Front()), nextCursor_(list.cursors_) {
     if (nextCursor_ != nullptr) nextCursor_->previousCursor_ = this;
     list.cursors_ = this;
 }
@@ -38,7 +38,7 @@ HandleList::Cursor::~Cursor() {
 }
 
 void* HandleList::Cursor::Next() noexcept {
-    if (node_ == list_.sentinel_) return nullptr;
+    if (node_ == end_) return nullptr;
     void* handle = node_->handle;
     node_ = node_->next;
     return handle;
@@ -81,14 +81,14 @@ HandleList::Node* HandleList::TakeNode() {
     return freshNodes_++;
 }
 
-// An emptied list begins again with its newest chunk, the largest, so that neighbours lie side by side once
-// more.
 void HandleList::GiveNode(Node* node) noexcept {
-    if (!IsEmpty()) {
-        node->next = freeNodes_;
-        freeNodes_ = node;
-        return;
-    }
+    if (IsEmpty()) return StartAgain();
+    node->next = freeNodes_;
+    freeNodes_ = node;
+}
+
+// An emptied list keeps its newest chunk, the largest, so that neighbours lie side by side once more.
+void HandleList::StartAgain() noexcept {
     FreeChunksBut(newestChunk_);
     newestChunk_->older = nullptr;
     freeNodes_ = nullptr;

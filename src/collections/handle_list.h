@@ -30,6 +30,7 @@ public:
     private:
         friend class HandleList;
         HandleList& list_;
+        const Node* end_;
         Node* node_;
         Cursor* nextCursor_;
         Cursor* previousCursor_ = nullptr;
@@ -58,7 +59,9 @@ private:
 
     [[nodiscard]] Node* TakeNode();
     void GiveNode(Node* node) noexcept;
-    void AddChunk();
+    // Both are rare, and kept out of the way of what is not.
+    [[gnu::noinline]] void AddChunk();
+    [[gnu::noinline]] void StartAgain() noexcept;
     void FreeChunksBut(const Chunk* kept) noexcept;
 
     Node* sentinel_ = nullptr;
