@@ -145,7 +145,7 @@ TEST(ArchiveLayout, DirectoriesGrowToMultiplesOf160Bytes) {
     EXPECT_EQ(qv::GrownBodyLength(qv::DirectoryBodyLength(0xFFFFFFFF)), 17179869280U);
     for (std::uint64_t entries = 1; entries < 1000; ++entries) {
         EXPECT_EQ(qv::GrownBodyLength(qv::DirectoryBodyLength(entries)),
-                  qv::DirectoryBodyLength(qvmodel::CapacityAfter(entries, 0)));
+                  qv::DirectoryBodyLength(qvmodel::CapacityAfter(static_cast<std::size_t>(entries), 0)));
     }
 }
 

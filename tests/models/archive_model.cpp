@@ -20,8 +20,8 @@ public:
             failed_ = true;
             return {};
         }
-        at_ += size;
-        return bytes_.substr(at_ - size, size);
+        at_ += static_cast<std::size_t>(size);
+        return bytes_.substr(at_ - static_cast<std::size_t>(size), static_cast<std::size_t>(size));
     }
     std::uint64_t Number(int size) {
         const std::string taken = Take(static_cast<std::uint64_t>(size));

@@ -164,9 +164,9 @@ void ArchiveReader::ReadDirectory(ArchiveItem& item) {
         throw Damaged(item.offset, "the directory counts " + Grouped(entries) + " entries but has room for " +
                                        Grouped(item.Capacity()));
     }
-    std::vector<unsigned char> bytes(4 * entries);
+    std::vector<unsigned char> bytes(MemorySize(4 * entries));
     ReadAt(item.BodyOffset() + 4, bytes.data(), bytes.size());
-    item.entries.reserve(entries);
+    item.entries.reserve(bytes.size() / 4);
     for (std::size_t i = 0; i < entries; ++i) {
         item.entries.push_back(static_cast<std::uint32_t>(Little(&bytes[4 * i], 4)));
     }

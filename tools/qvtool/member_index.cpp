@@ -5,7 +5,8 @@
 #include <cstdio>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
+
+#include "tool.h"
 
 namespace tool {
 
@@ -149,7 +150,7 @@ std::optional<FoundIndex> FindMemberIndex(const ArchiveReader& archive) {
     if (text != kFirstLine) {
         return std::nullopt;
     }
-    text.resize(last.bodyLength);
+    text.resize(MemorySize(last.bodyLength));
     archive.ReadAt(last.BodyOffset(), text.data(), text.size());
     std::optional<std::vector<Member>> members = DecodeMemberIndex(text);
     if (!members || !Fits(*members, archive)) {

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <limits>
 
 namespace tool {
 
@@ -84,6 +85,11 @@ void Require(int code, const std::string& what) {
 
 std::string SystemText(const std::string& what) {
     return what + ": " + std::strerror(errno);
+}
+
+std::size_t MemorySize(std::uint64_t size) {
+    if (size > std::numeric_limits<std::size_t>::max()) throw Failure("too large for this machine's memory");
+    return static_cast<std::size_t>(size);
 }
 
 std::string Grouped(std::uint64_t number) {

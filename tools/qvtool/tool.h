@@ -1,6 +1,7 @@
 // What every command of qvtool uses: how it fails, and how it holds the library and its objects.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <stdexcept>
 #include <string>
@@ -65,6 +66,9 @@ void Require(int code, const std::string& what);
 
 /// The text of errno in the form "WHAT: text".
 [[nodiscard]] std::string SystemText(const std::string& what);
+
+/// A size in bytes as memory counts it; throws when no memory of this machine could hold that much.
+[[nodiscard]] std::size_t MemorySize(std::uint64_t size);
 
 /// 1234567 as "1,234,567".
 [[nodiscard]] std::string Grouped(std::uint64_t number);
