@@ -7,10 +7,10 @@
 
 #include <QVFoundation/QVArray.h>
 #include <QVFoundation/QVData.h>
+#include <QVFoundation/QVDeflate.h>
 #include <QVFoundation/QVDictionary.h>
 #include <QVFoundation/QVEncoding.h>
 #include <QVFoundation/QVFile.h>
-#include <QVFoundation/QVLibrary.h>
 #include <QVFoundation/QVNumber.h>
 #include <QVFoundation/QVObject.h>
 #include <QVFoundation/QVStream.h>
@@ -54,6 +54,15 @@ bool IsRegularFile(void* path) {
     return bytes != nullptr &&
            qv::Files().LookUp(bytes, qv::LinkRule::kFollow, info) == qv::FileError::kNone &&
            info.kind == qv::ItemKind::kRegularFile;
+}
+
+// The compressor stops at the size that the stream tells. A source that has grown since, or whose size could
+// not be told (which reads as 0), must not pass for compressed.
+int RequireEnd(void* stream) {
+    unsigned char next = 0;
+    unsigned long done = 0;
+    const int result = QVStreamGetBytes(stream, &next, 1, &done, kShortIsFine);
+    return FirstFailure(result, done == 0 ? QVNoErr : QVErrIO);
 }
 
 // The IDs that an array of numbers holds; false when an element is something else.
@@ -285,9 +294,20 @@ bool QVArchiveImpl::IsEncrypted() const {
     return IsOptionSet(L"Encrypt");
 }
 
-int QVArchiveImpl::CompressFile(void* /*source*/, Owned& /*compressed*/) {
-    QVLog(L"The archive cannot store files compressed: this build has no block compressor.");
-    return QVErrIO;
+// The temporary file stands next to the source, goes with its object, and is written once and read once.
+int QVArchiveImpl::CompressFile(void* source, Owned& compressed) {
+    Owned target(QVFileCreateTemporary(QVFileGetPath(source)));
+    if (!target) return QVErrPermission;
+    int result = QVFileOpenForReading(source);
+    if (result == QVNoErr) result = QVFileOpenForWriting(target.Get());
+    if (result != QVNoErr) return result;
+    const Owned from(qv::RequireObject(QVStreamCreateWithFile(source)));
+    const Owned to(qv::RequireObject(QVStreamCreateWithFile(target.Get())));
+    const Owned encoder(qv::RequireObject(QVDeflateCreate()));
+    result = QVDeflateEncode(encoder.Get(), to.Get(), from.Get());
+    if (result == QVNoErr) result = RequireEnd(from.Get());
+    if (result == QVNoErr) compressed = std::move(target);
+    return result;
 }
 
 // Encryption is reserved: these two steps have their place in the order of things and hand back what they
