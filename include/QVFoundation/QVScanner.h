@@ -22,8 +22,7 @@ QV_BEGIN_DECLS
 /** What the offset of QVScannerSetMarker counts from. */
 enum { QVScannerFromStart = 0, QVScannerFromEnd = 1, QVScannerFromMarker = 2 };
 
-/** A scanner at the start of the string, which is retained. Over null it has the length 0, and every scan is
- * false. */
+/** A scanner at the start of the string, which is retained. Over null every scan is false. */
 QV_EXPORT void* QVScannerCreateWithString(void* string) QV_NOTHROW;
 
 /**

@@ -9,8 +9,8 @@
  *     QVRelease(path);
  *
  * A string may hold any code point, also 0. The characters are always followed by a terminating 0 in memory.
- * Comparing stops at the first 0 of either text; appending and finding use the other string up to its first
- * 0.
+ * Comparing stops at the first 0 of either text; appending and finding use the other string up to its
+ * first 0.
  *
  * Places and lengths count characters. A string holds fewer than 2^32 of them: what would make it longer
  * fails as running out of memory does. In-place operations that run out of memory leave the string as it was
@@ -55,8 +55,10 @@ enum {
 /** An empty string. */
 QV_EXPORT void* QVStringCreate(void) QV_NOTHROW;
 
-/** A string from the bytes up to the first 0, read as UTF-8. Bytes that are not valid UTF-8 give an empty
- * string. */
+/**
+ * A string from the bytes up to the first 0, read as UTF-8. Bytes that are not valid UTF-8 give an empty
+ * string.
+ */
 QV_EXPORT void* QVStringCreateWithCString(const char* text) QV_NOTHROW;
 
 /**
@@ -68,8 +70,10 @@ QV_EXPORT void* QVStringCreateWithCStringAndLength(const char* text, unsigned lo
 /** A string from the characters up to the first 0. */
 QV_EXPORT void* QVStringCreateWithWideString(const wchar_t* text) QV_NOTHROW;
 
-/** A string from `length` characters, which may hold 0s. A null pointer gives an empty string, whatever the
- * length. */
+/**
+ * A string from `length` characters, which may hold 0s. A null pointer gives an empty string, whatever the
+ * length.
+ */
 QV_EXPORT void* QVStringCreateWithWideStringAndLength(const wchar_t* text, unsigned long length) QV_NOTHROW;
 
 /**
@@ -100,8 +104,7 @@ QV_EXPORT unsigned long QVStringGetLength(void* string) QV_NOTHROW;
 /** The character at the index; 0 at the length and beyond. */
 QV_EXPORT wchar_t QVStringGetCharacterAtIndex(void* string, unsigned long index) QV_NOTHROW;
 
-/** Orders two strings as wcscmp does: only the sign counts. Null stands below every string and equals null.
- */
+/** Orders two strings as wcscmp does: only the sign counts. Null stands below every string. */
 QV_EXPORT int QVStringCompare(void* string1, void* string2) QV_NOTHROW;
 
 /** The same for the upper-case forms of both. */
@@ -115,8 +118,7 @@ QV_EXPORT void* QVStringLowerCaseString(void* string) QV_NOTHROW;
 
 /**
  * The name after the last "/", as a temporary string; one "/" at the very end does not count. "a/b/" gives
- * "b", "/" and
- * "" give "", "abc" gives "abc".
+ * "b", "/" and "" give "", "abc" gives "abc".
  */
 QV_EXPORT void* QVStringLastPathComponent(void* string) QV_NOTHROW;
 
@@ -138,13 +140,11 @@ QV_EXPORT void* QVStringByAppendingPathExtension(void* string, void* extension) 
 /**
  * A temporary string in which the first "~", wherever it stands, is the user's home directory: HOME where
  * that is an absolute path, else the password database's. What stands before and behind it goes up to its
- * first 0. A string without
- * "~", or a user without a home, gives a copy.
+ * first 0. A string without "~", or a user without a home, gives a copy.
  */
 QV_EXPORT void* QVStringByExpandingTildeInPath(void* string) QV_NOTHROW;
 
-/** The hexadecimal number that the string begins with, modulo 2^32; 0 without one. There is no prefix: "0x1F"
- * is 0. */
+/** The hexadecimal number that the string begins with, modulo 2^32; 0 without one. "0x1F" is 0. */
 QV_EXPORT unsigned long QVStringHexUIntValue(void* string) QV_NOTHROW;
 
 /** Appends the other string, up to its first 0. A string may be appended to itself. */

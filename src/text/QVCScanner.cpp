@@ -11,9 +11,14 @@
 
 namespace {
 
-// The set that a C text stands for: null is empty.
-std::wstring_view SetOf(const wchar_t* characters) {
-    return characters ? std::wstring_view(characters) : std::wstring_view();
+// How many characters the text has in front of the first that is (`wanted` true) or is not (false) one of the
+// set, which ends at its 0; a null set is empty.
+size_t CountUpTo(std::wstring_view text, const wchar_t* characters, bool wanted) {
+    const std::wstring_view set = characters ? characters : L"";
+    const auto stops = [&](wchar_t c) {
+        return (std::find(set.begin(), set.end(), c) != set.end()) == wanted;
+    };
+    return static_cast<size_t>(std::find_if(text.begin(), text.end(), stops) - text.begin());
 }
 
 }  // namespace
@@ -43,7 +48,7 @@ bool QVCScanner::ScanUpToCharacters(const wchar_t* characters, void** out) {
     const std::wstring_view remaining = Remaining();
     if (remaining.empty()) return false;
     // The delimiter belongs to the piece.
-    const size_t length = std::min(remaining.find_first_of(SetOf(characters)), remaining.size() - 1) + 1;
+    const size_t length = std::min(CountUpTo(remaining, characters, true) + 1, remaining.size());
     if (out) {
         void* piece = CreatePiece(length);
         *out = piece ? QVTEMPOBJ(piece) : nullptr;
@@ -56,7 +61,7 @@ bool QVCScanner::ScanUpToCharacters(const wchar_t* characters, void** out) {
 bool QVCScanner::ScanUpToNotCharacters(const wchar_t* characters, void** out) {
     if (out) *out = nullptr;
     const std::wstring_view remaining = Remaining();
-    const size_t length = std::min(remaining.find_first_not_of(SetOf(characters)), remaining.size());
+    const size_t length = CountUpTo(remaining, characters, false);
     if (length == 0) return false;
     if (out) {
         *out = CreatePiece(length);

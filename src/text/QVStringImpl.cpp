@@ -53,7 +53,13 @@ WideText DecodedText(std::string_view bytes) {
     const bool isShort = bytes.size() <= WideText::kInlineCapacity;
     const size_t room = isShort ? bytes.size() : qv::CountUtf8Characters(bytes.data(), bytes.size());
     text.Reserve(room);
-    text.TakeRoom(qv::DecodeUtf8(bytes.data(), bytes.size(), text.AppendRoom(room), room).value_or(0));
+    const std::optional<size_t> count =
+        qv::DecodeUtf8(bytes.data(), bytes.size(), text.AppendRoom(room), room);
+    if (count) {
+        text.TakeRoom(*count);
+    } else {
+        text = WideText();  // without the room that the invalid bytes took
+    }
     return text;
 }
 

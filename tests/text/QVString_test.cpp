@@ -65,6 +65,14 @@ TEST(StringCreation, BytesThatAreNotUtf8GiveAnEmptyString) {
     }
 }
 
+TEST(StringCreation, BytesThatAreNotUtf8LeaveNoRoomBehind) {
+    std::string bad(1000, 'a');
+    bad += '\xFF';
+    const size_t before = qvtest::LiveAllocations();
+    const Owned string{QVStringCreateWithCString(bad.c_str())};
+    EXPECT_EQ(qvtest::LiveAllocations(), before + 1);
+}
+
 TEST(StringCreation, ACountTakesZerosAlong) {
     EXPECT_EQ(TextOf(Owned{QVStringCreateWithCStringAndLength("a\0b", 3)}), L"a\0b"s);
     EXPECT_EQ(TextOf(Owned{QVStringCreateWithCStringAndLength("abc", 2)}), L"ab");
