@@ -36,4 +36,13 @@ inline bool HasAvx512Bytes() noexcept {
 #endif
 }
 
+// And those that move chosen bytes together.
+inline bool HasAvx512Compress() noexcept {
+#if QV_X86
+    return HasAvx512Bytes() && __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("popcnt");
+#else
+    return false;
+#endif
+}
+
 }  // namespace qv

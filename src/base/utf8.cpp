@@ -12,6 +12,7 @@ namespace {
 Utf8Progress EncodeValid(const wchar_t* text, size_t count, char* out, size_t room,
                          Utf8Progress from) noexcept {
 #if QV_X86
+    if (HasAvx512Compress()) from = avx512::EncodeUtf8(text, count, out, room, from);
     if (HasAvx2()) from = avx2::EncodeUtf8(text, count, out, room, from);
 #endif
     return plain::EncodeUtf8(text, count, out, room, from);
@@ -34,7 +35,11 @@ size_t CountUtf8Characters(const char* bytes, size_t size) noexcept {
 std::optional<size_t> DecodeUtf8(const char* bytes, size_t size, wchar_t* out, size_t room) noexcept {
     Utf8Progress done;
 #if QV_X86
-    if (HasAvx2()) done = avx2::DecodeUtf8(bytes, size, out, room);
+    if (HasAvx512Compress()) {
+        done = avx512::DecodeUtf8(bytes, size, out, room);
+    } else if (HasAvx2()) {
+        done = avx2::DecodeUtf8(bytes, size, out, room);
+    }
 #endif
     done = plain::DecodeUtf8(bytes, size, out, room, done);
     if (done.read != size) return std::nullopt;

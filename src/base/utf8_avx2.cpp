@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <immintrin.h>
 
+#include "base/utf8_faults.h"
 #include "base/utf8_kernels.h"
 
 #define QV_AVX2 __attribute__((target("avx2,popcnt")))
@@ -45,90 +46,13 @@ constexpr bool IsLead(char byte) noexcept {
     return (byte & 0xC0) != 0x80;
 }
 
-// ---- validation ----
-//
-// What is wrong with two neighbouring bytes can be told from three nibbles: both of the first byte and the
-// upper one of the second. Each nibble's table lists the faults that it is compatible with; a fault that all
-// three list has happened. kTwoContinuations is no fault where a lead byte two or three places ahead asks for
-// it.
-
-enum Fault : uint8_t {
-    kTooShort = 0x01,          // a lead byte without its continuation
-    kTooLong = 0x02,           // ASCII with a continuation
-    kOverlong3 = 0x04,         // E0 80..9F
-    kTooLarge = 0x08,          // F4 90..BF, F5.. with 90..BF
-    kSurrogate = 0x10,         // ED A0..BF
-    kOverlong2 = 0x20,         // C0, C1
-    kOverlong4 = 0x40,         // F0 80..8F
-    kTooLarge1000 = 0x40,      // F5.. with 80..8F
-    kTwoContinuations = 0x80,  // a continuation after a continuation
-    kAnyLow = kTooShort | kTooLong | kTwoContinuations
-};
-
-constexpr std::array<uint8_t, 16> kFirstHigh = {
-    kTooLong,
-    kTooLong,
-    kTooLong,
-    kTooLong,
-    kTooLong,
-    kTooLong,
-    kTooLong,
-    kTooLong,
-    kTwoContinuations,
-    kTwoContinuations,
-    kTwoContinuations,
-    kTwoContinuations,
-    kTooShort | kOverlong2,
-    kTooShort,
-    kTooShort | kOverlong3 | kSurrogate,
-    kTooShort | kTooLarge | kTooLarge1000 | kOverlong4,
-};
-
-constexpr std::array<uint8_t, 16> kFirstLow = {
-    kAnyLow | kOverlong2 | kOverlong3 | kOverlong4,
-    kAnyLow | kOverlong2,
-    kAnyLow,
-    kAnyLow,
-    kAnyLow | kTooLarge,
-    kAnyLow | kTooLarge | kTooLarge1000,
-    kAnyLow | kTooLarge | kTooLarge1000,
-    kAnyLow | kTooLarge | kTooLarge1000,
-    kAnyLow | kTooLarge | kTooLarge1000,
-    kAnyLow | kTooLarge | kTooLarge1000,
-    kAnyLow | kTooLarge | kTooLarge1000,
-    kAnyLow | kTooLarge | kTooLarge1000,
-    kAnyLow | kTooLarge | kTooLarge1000,
-    kAnyLow | kTooLarge | kTooLarge1000 | kSurrogate,
-    kAnyLow | kTooLarge | kTooLarge1000,
-    kAnyLow | kTooLarge | kTooLarge1000,
-};
-
-constexpr std::array<uint8_t, 16> kSecondHigh = {
-    kTooShort,
-    kTooShort,
-    kTooShort,
-    kTooShort,
-    kTooShort,
-    kTooShort,
-    kTooShort,
-    kTooShort,
-    kTooLong | kTwoContinuations | kOverlong2 | kOverlong3 | kOverlong4 | kTooLarge1000,
-    kTooLong | kTwoContinuations | kOverlong2 | kOverlong3 | kTooLarge,
-    kTooLong | kTwoContinuations | kOverlong2 | kSurrogate | kTooLarge,
-    kTooLong | kTwoContinuations | kOverlong2 | kSurrogate | kTooLarge,
-    kTooShort,
-    kTooShort,
-    kTooShort,
-    kTooShort,
-};
+// ---- decoding ----
 
 // The block as it looked N bytes earlier: the last N bytes of `previous`, then the block's first ones.
 template <int N>
 QV_AVX2 inline __m256i Earlier(__m256i previous, __m256i block) noexcept {
     return _mm256_alignr_epi8(block, _mm256_permute2x128_si256(previous, block, 0x21), 16 - N);
 }
-
-// ---- decoding ----
 
 // For each set of lead positions among eight bytes: moves the first lead byte and the three bytes behind it
 // into the first 32-bit lane, the lead on top, the second into the second lane, and so on.
@@ -173,9 +97,9 @@ QV_AVX2 inline void WidenAscii(const char* in, wchar_t* out) noexcept {
 // The work on one block, with the constants that it needs. The compiler must not know what they are: it would
 // make most of them anew for every block, which costs a quarter of the speed.
 struct Decoder {
-    __m256i firstHigh = Table(kFirstHigh);
-    __m256i firstLow = Table(kFirstLow);
-    __m256i secondHigh = Table(kSecondHigh);
+    __m256i firstHigh = Table(utf8::kFirstHigh);
+    __m256i firstLow = Table(utf8::kFirstLow);
+    __m256i secondHigh = Table(utf8::kSecondHigh);
     __m256i lowNibble = Constant(0x0F0F0F0F);
     __m256i below3Bytes = Constant(0x60606060);  // the largest lead byte of two bytes, less 80 and rounded up
     __m256i below4Bytes = Constant(0x70707070);

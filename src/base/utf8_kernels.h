@@ -28,4 +28,12 @@ Utf8Progress EncodeUtf8(const wchar_t* text, size_t count, char* out, size_t roo
 
 }  // namespace avx2
 
+namespace avx512 {
+
+Utf8Progress DecodeUtf8(const char* bytes, size_t size, wchar_t* out, size_t room) noexcept;
+Utf8Progress EncodeUtf8(const wchar_t* text, size_t count, char* out, size_t room,
+                        Utf8Progress from) noexcept;
+
+}  // namespace avx512
+
 }  // namespace qv
