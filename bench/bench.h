@@ -83,7 +83,11 @@ Figures Measure(const Comparison& comparison);
 void AddRuntimeComparisons(Suite& suite);
 void AddTextComparisons(Suite& suite);
 void AddCollectionsComparisons(Suite& suite);
+void AddIoComparisons(Suite& suite);
 void AddCodecComparisons(Suite& suite);
+void AddCompressionComparisons(Suite& suite);
 void AddCryptoComparisons(Suite& suite);
+void AddArchiveComparisons(Suite& suite);
+void AddFormatsComparisons(Suite& suite);
 
 }  // namespace bench

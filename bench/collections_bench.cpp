@@ -1,4 +1,4 @@
-// Arrays and dictionaries.
+// Arrays, dictionaries and linked lists.
 
 #include <algorithm>
 #include <cwchar>
@@ -10,6 +10,8 @@
 
 #include <QVFoundation/QVArray.h>
 #include <QVFoundation/QVDictionary.h>
+#include <QVFoundation/QVEnumerator.h>
+#include <QVFoundation/QVLinkedList.h>
 #include <QVFoundation/QVObject.h>
 
 #include "bench.h"
@@ -214,6 +216,54 @@ Comparison CompareWalking(std::size_t count) {
             "GTree", static_cast<double>(count)};
 }
 
+constexpr std::size_t kListCount = 1000;
+
+// The peer's elements are counted as well.
+GBytes* MakePeerElement() {
+    return g_bytes_new_static("element", 7);
+}
+
+Comparison CompareListEnds() {
+    return {Times([object = QVNullCreate()] {
+                void* list = QVLinkedListCreate();
+                for (std::size_t i = 0; i < kListCount; ++i)
+                    QVLinkedListAddObject(list, object);
+                for (std::size_t i = 0; i < kListCount; ++i)
+                    QVLinkedListRemoveFrontObject(list);
+                QVRelease(list);
+            }),
+            Times([element = MakePeerElement()] {
+                GQueue* queue = g_queue_new();
+                for (std::size_t i = 0; i < kListCount; ++i)
+                    g_queue_push_tail(queue, g_bytes_ref(element));
+                for (std::size_t i = 0; i < kListCount; ++i) {
+                    g_bytes_unref(static_cast<GBytes*>(g_queue_pop_head(queue)));
+                }
+                g_queue_free(queue);
+            }),
+            "GQueue + GBytes references", kListCount};
+}
+
+Comparison CompareListWalks() {
+    const std::shared_ptr<void> list(QVLinkedListCreate(), QVRelease);
+    const std::shared_ptr<GQueue> queue(g_queue_new(), g_queue_free);
+    for (void* object : MakeObjects(kListCount)) {
+        QVLinkedListAddObject(list.get(), object);
+        g_queue_push_tail(queue.get(), object);
+    }
+    return {Times([list] {
+                void* enumerator = QVLinkedListCreateObjectEnumerator(list.get());
+                while (void* object = QVEnumeratorNextObject(enumerator))
+                    Keep(object);
+                QVRelease(enumerator);
+            }),
+            Times([queue] {
+                const auto visit = [](void* object, void*) { Keep(object); };
+                g_queue_foreach(queue.get(), visit, nullptr);
+            }),
+            "GQueue", kListCount};
+}
+
 }  // namespace
 
 void AddCollectionsComparisons(Suite& suite) {
@@ -230,6 +280,8 @@ void AddCollectionsComparisons(Suite& suite) {
     }
     suite.Add("dictionary.walk.10000", [] { return CompareWalking(10'000); });
     suite.Add("dictionary.walk.1000000", [] { return CompareWalking(1'000'000); });
+    suite.Add("list.add_remove", CompareListEnds);
+    suite.Add("list.walk", CompareListWalks);
 }
 
 }  // namespace bench

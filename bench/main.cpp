@@ -53,8 +53,12 @@ int main(int argc, char** argv) {
     bench::AddRuntimeComparisons(suite);
     bench::AddTextComparisons(suite);
     bench::AddCollectionsComparisons(suite);
+    bench::AddIoComparisons(suite);
     bench::AddCodecComparisons(suite);
+    bench::AddCompressionComparisons(suite);
     bench::AddCryptoComparisons(suite);
+    bench::AddArchiveComparisons(suite);
+    bench::AddFormatsComparisons(suite);
 
     QVFoundationInit();
     bool right = true;

@@ -3,8 +3,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <glib.h>
+#include <memory>
 #include <string>
 
+#include <QVFoundation/QVData.h>
+#include <QVFoundation/QVEncoding.h>
 #include <QVFoundation/QVString.h>
 
 #include "bench.h"
@@ -81,6 +84,56 @@ Comparison CompareFromMixed() {
             "g_utf8_to_ucs4, for simdutf", 1, true};
 }
 
+constexpr QVEncodingInfo kUtf8 = {QVEncodingUTF8, 0, 0};
+
+std::shared_ptr<void> MakeString(const std::string& text) {
+    return {QVStringCreateWithCStringAndLength(text.data(), text.size()), QVRelease};
+}
+
+void RequireUtf8(void* string, const std::string& text) {
+    const std::shared_ptr<void> data(QVStringMakeData(string, kUtf8), QVRelease);
+    Require(QVDataGetSize(data.get()) == text.size() &&
+                std::memcmp(QVDataGetImutableBuffer(data.get()), text.data(), text.size()) == 0,
+            "other bytes");
+}
+
+Work ConvertToUtf8(std::shared_ptr<void> string) {
+    return Times([string = std::move(string)] {
+        void* data = QVStringMakeData(string.get(), kUtf8);
+        Keep(data);
+        QVRelease(data);
+    });
+}
+
+Comparison CompareToAscii(std::size_t size) {
+    const std::string text = EnglishText(size);
+    const auto string = MakeString(text);
+    RequireUtf8(string.get(), text);
+    return {ConvertToUtf8(string), Times([wide = Widen(text)] {
+                auto* out = static_cast<char*>(std::malloc(wide.size()));
+                for (std::size_t i = 0; i < wide.size(); ++i)
+                    out[i] = static_cast<char>(wide[i]);
+                Keep(out[0]);
+                std::free(out);
+            }),
+            "floor: narrowing without any check + malloc/free, for simdutf", 1, true};
+}
+
+Comparison CompareToMixed() {
+    const std::string text = MixedText(1 << 20);
+    const auto string = MakeString(text);
+    RequireUtf8(string.get(), text);
+    static_assert(sizeof(wchar_t) == sizeof(gunichar));
+    return {ConvertToUtf8(string),
+            Times([string, length = static_cast<glong>(QVStringGetLength(string.get()))] {
+                const auto* wide = reinterpret_cast<const gunichar*>(QVStringGetBuffer(string.get()));
+                gchar* made = g_ucs4_to_utf8(wide, length, nullptr, nullptr, nullptr);
+                Keep(made);
+                g_free(made);
+            }),
+            "g_ucs4_to_utf8, for simdutf", 1, true};
+}
+
 Comparison CompareShortStrings() {
     return {Times([] {
                 void* string = QVStringCreateWithCString("short text");
@@ -155,6 +208,9 @@ void AddTextComparisons(Suite& suite) {
     suite.Add("string.from_utf8.ascii_1MB", [] { return CompareFromAscii(1 << 20); });
     suite.Add("string.from_utf8.multi_1MB", CompareFromMixed);
     suite.Add("string.from_utf8.ascii_1KB", [] { return CompareFromAscii(1 << 10); });
+    suite.Add("string.to_utf8.ascii_1MB", [] { return CompareToAscii(1 << 20); });
+    suite.Add("string.to_utf8.multi_1MB", CompareToMixed);
+    suite.Add("string.to_utf8.ascii_1KB", [] { return CompareToAscii(1 << 10); });
     suite.Add("string.create_short", CompareShortStrings);
     suite.Add("string.append", CompareAppending);
     suite.Add("string.find.rare", CompareFindingRare);

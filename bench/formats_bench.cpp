@@ -1,0 +1,366 @@
+// The binary object format and property lists.
+
+#include <cbor.h>
+#include <cstdlib>
+#include <cstring>
+#include <glib.h>
+#include <memory>
+#include <msgpack.h>
+#include <plist/plist.h>
+#include <string>
+
+#include <QVFoundation/QVArray.h>
+#include <QVFoundation/QVBinaryFormat.h>
+#include <QVFoundation/QVData.h>
+#include <QVFoundation/QVDictionary.h>
+#include <QVFoundation/QVNumber.h>
+#include <QVFoundation/QVPlist.h>
+#include <QVFoundation/QVString.h>
+
+#include "bench.h"
+#include "inputs.h"
+
+namespace bench {
+
+namespace {
+
+using Handle = std::shared_ptr<void>;
+
+Handle Adopt(void* handle) {
+    return {handle, QVRelease};
+}
+
+// One record: 10 keys; text, numbers, a list of 8 words and a list of 7 marks. 26 objects.
+constexpr std::size_t kRecords = 200;
+constexpr std::size_t kTags = 8;
+constexpr std::size_t kMarks = 7;
+
+std::string NameOf(std::size_t id) {
+    return "customer " + std::to_string(id);
+}
+std::string TagOf(std::size_t id, std::size_t i) {
+    return "tag-" + std::to_string((id * 7 + i * 3) % 100);
+}
+double BalanceOf(std::size_t id) {
+    return static_cast<double>(id) * 12.75;
+}
+
+// ---- ours ----
+
+// Gives a new object to a container.
+void Put(void* dictionary, const wchar_t* key, void* created) {
+    QVDictionarySetObject(dictionary, created, key);
+    QVRelease(created);
+}
+void Add(void* array, void* created) {
+    QVArrayAddObject(array, created);
+    QVRelease(created);
+}
+
+void* MakeRecord(std::size_t id) {
+    void* record = QVDictionaryCreate();
+    Put(record, L"id", QVNumberCreateWithUInt32(static_cast<unsigned>(id)));
+    Put(record, L"name", QVStringCreateWithCString(NameOf(id).c_str()));
+    Put(record, L"mail", QVStringCreateWithCString("someone@example.org"));
+    Put(record, L"city", QVStringCreateWithCString("Zürich"));
+    Put(record, L"balance", QVNumberCreateWithDouble(BalanceOf(id)));
+    Put(record, L"created", QVNumberCreateWithSInt64(1'700'000'000LL + static_cast<long long>(id)));
+    Put(record, L"visits", QVNumberCreateWithUInt32(static_cast<unsigned>(id % 100)));
+    Put(record, L"score", QVNumberCreateWithDouble(0.5));
+    void* tags = QVArrayCreateWithCapacity(kTags);
+    for (std::size_t i = 0; i < kTags; ++i)
+        Add(tags, QVStringCreateWithCString(TagOf(id, i).c_str()));
+    Put(record, L"tags", tags);
+    void* marks = QVArrayCreateWithCapacity(kMarks);
+    for (std::size_t i = 0; i < kMarks; ++i)
+        Add(marks, QVNumberCreateWithSInt32(static_cast<int>(id + i)));
+    Put(record, L"marks", marks);
+    return record;
+}
+
+Handle MakeRecords() {
+    void* records = QVArrayCreateWithCapacity(kRecords);
+    for (std::size_t id = 0; id < kRecords; ++id)
+        Add(records, MakeRecord(id));
+    return Adopt(records);
+}
+
+Bytes BytesOf(void* data) {
+    const auto* bytes = static_cast<const std::uint8_t*>(QVDataGetImutableBuffer(data));
+    return {bytes, bytes + QVDataGetSize(data)};
+}
+
+Bytes Encode(void* object) {
+    return BytesOf(Adopt(QVBinaryFormatCreateData(object)).get());
+}
+
+// What is decoded encodes to the same bytes again.
+void RequireRoundTrip(void* object) {
+    const Handle data = Adopt(QVBinaryFormatCreateData(object));
+    void* decoded = nullptr;
+    Require(QVBinaryFormatReadFromData(data.get(), &decoded) == QVNoErr, "decoding fails");
+    Require(Encode(decoded) == BytesOf(data.get()) && QVDataGetSize(data.get()) > 10'000, "another object");
+}
+
+// ---- msgpack-c ----
+
+class MessageZone {
+public:
+    MessageZone() : zone_(msgpack_zone_new(8192)) {}
+    MessageZone(const MessageZone&) = delete;
+    MessageZone& operator=(const MessageZone&) = delete;
+    ~MessageZone() { msgpack_zone_free(zone_); }
+
+    msgpack_object Text(const std::string& text) {
+        auto* copy = static_cast<char*>(msgpack_zone_malloc(zone_, text.size()));
+        std::memcpy(copy, text.data(), text.size());
+        msgpack_object object{};
+        object.type = MSGPACK_OBJECT_STR;
+        object.via.str = {static_cast<std::uint32_t>(text.size()), copy};
+        return object;
+    }
+    static msgpack_object Unsigned(std::uint64_t value) {
+        msgpack_object object{};
+        object.type = MSGPACK_OBJECT_POSITIVE_INTEGER;
+        object.via.u64 = value;
+        return object;
+    }
+    static msgpack_object Real(double value) {
+        msgpack_object object{};
+        object.type = MSGPACK_OBJECT_FLOAT64;
+        object.via.f64 = value;
+        return object;
+    }
+    msgpack_object Array(std::size_t count) {
+        msgpack_object object{};
+        object.type = MSGPACK_OBJECT_ARRAY;
+        object.via.array.size = static_cast<std::uint32_t>(count);
+        object.via.array.ptr =
+            static_cast<msgpack_object*>(msgpack_zone_malloc(zone_, count * sizeof(msgpack_object)));
+        return object;
+    }
+    msgpack_object Map(std::size_t count) {
+        msgpack_object object{};
+        object.type = MSGPACK_OBJECT_MAP;
+        object.via.map.size = static_cast<std::uint32_t>(count);
+        object.via.map.ptr =
+            static_cast<msgpack_object_kv*>(msgpack_zone_malloc(zone_, count * sizeof(msgpack_object_kv)));
+        return object;
+    }
+
+private:
+    msgpack_zone* zone_;
+};
+
+msgpack_object MakeMessage(MessageZone& zone) {
+    const msgpack_object records = zone.Array(kRecords);
+    for (std::size_t id = 0; id < kRecords; ++id) {
+        const msgpack_object tags = zone.Array(kTags);
+        for (std::size_t i = 0; i < kTags; ++i)
+            tags.via.array.ptr[i] = zone.Text(TagOf(id, i));
+        const msgpack_object marks = zone.Array(kMarks);
+        for (std::size_t i = 0; i < kMarks; ++i)
+            marks.via.array.ptr[i] = MessageZone::Unsigned(id + i);
+        const msgpack_object record = zone.Map(10);
+        const msgpack_object_kv entries[10] = {
+            {zone.Text("id"), MessageZone::Unsigned(id)},
+            {zone.Text("name"), zone.Text(NameOf(id))},
+            {zone.Text("mail"), zone.Text("someone@example.org")},
+            {zone.Text("city"), zone.Text("Zürich")},
+            {zone.Text("balance"), MessageZone::Real(BalanceOf(id))},
+            {zone.Text("created"), MessageZone::Unsigned(1'700'000'000ULL + id)},
+            {zone.Text("visits"), MessageZone::Unsigned(id % 100)},
+            {zone.Text("score"), MessageZone::Real(0.5)},
+            {zone.Text("tags"), tags},
+            {zone.Text("marks"), marks}};
+        std::copy(std::begin(entries), std::end(entries), record.via.map.ptr);
+        records.via.array.ptr[id] = record;
+    }
+    return records;
+}
+
+Comparison CompareEncoding() {
+    const Handle records = MakeRecords();
+    RequireRoundTrip(records.get());
+    const auto zone = std::make_shared<MessageZone>();
+    const msgpack_object message = MakeMessage(*zone);
+    return {Times([records] {
+                void* data = QVBinaryFormatCreateData(records.get());
+                Keep(data);
+                QVRelease(data);
+            }),
+            Times([zone, message] {
+                msgpack_sbuffer buffer;
+                msgpack_sbuffer_init(&buffer);
+                msgpack_packer packer;
+                msgpack_packer_init(&packer, &buffer, msgpack_sbuffer_write);
+                msgpack_pack_object(&packer, message);
+                Keep(buffer.data);
+                msgpack_sbuffer_destroy(&buffer);
+            }),
+            "msgpack-c (msgpack_pack_object)", kRecords};
+}
+
+// ---- libcbor ----
+
+void PutCbor(cbor_item_t* map, const char* key, cbor_item_t* value) {
+    Require(cbor_map_add(map, {cbor_move(cbor_build_string(key)), cbor_move(value)}), "the peer fails");
+}
+
+Bytes EncodeCbor() {
+    cbor_item_t* records = cbor_new_definite_array(kRecords);
+    for (std::size_t id = 0; id < kRecords; ++id) {
+        cbor_item_t* record = cbor_new_definite_map(10);
+        PutCbor(record, "id", cbor_build_uint32(static_cast<std::uint32_t>(id)));
+        PutCbor(record, "name", cbor_build_string(NameOf(id).c_str()));
+        PutCbor(record, "mail", cbor_build_string("someone@example.org"));
+        PutCbor(record, "city", cbor_build_string("Zürich"));
+        PutCbor(record, "balance", cbor_build_float8(BalanceOf(id)));
+        PutCbor(record, "created", cbor_build_uint64(1'700'000'000ULL + id));
+        PutCbor(record, "visits", cbor_build_uint32(static_cast<std::uint32_t>(id % 100)));
+        PutCbor(record, "score", cbor_build_float8(0.5));
+        cbor_item_t* tags = cbor_new_definite_array(kTags);
+        for (std::size_t i = 0; i < kTags; ++i) {
+            Require(cbor_array_push(tags, cbor_move(cbor_build_string(TagOf(id, i).c_str()))),
+                    "the peer fails");
+        }
+        PutCbor(record, "tags", tags);
+        cbor_item_t* marks = cbor_new_definite_array(kMarks);
+        for (std::size_t i = 0; i < kMarks; ++i) {
+            Require(cbor_array_push(marks, cbor_move(cbor_build_uint32(static_cast<std::uint32_t>(id + i)))),
+                    "the peer fails");
+        }
+        PutCbor(record, "marks", marks);
+        Require(cbor_array_push(records, cbor_move(record)), "the peer fails");
+    }
+    unsigned char* buffer = nullptr;
+    std::size_t room = 0;
+    const std::size_t size = cbor_serialize_alloc(records, &buffer, &room);
+    Bytes bytes(buffer, buffer + size);
+    std::free(buffer);
+    cbor_decref(&records);
+    return bytes;
+}
+
+Comparison CompareDecoding() {
+    const Handle records = MakeRecords();
+    RequireRoundTrip(records.get());
+    const Handle data = Adopt(QVBinaryFormatCreateData(records.get()));
+    return {DrainPool(Times([data] {
+                          void* decoded = nullptr;
+                          QVBinaryFormatReadFromData(data.get(), &decoded);
+                          Keep(decoded);
+                      }),
+                      1),
+            Times([bytes = EncodeCbor()] {
+                cbor_load_result result;
+                cbor_item_t* item = cbor_load(bytes.data(), bytes.size(), &result);
+                Keep(item);
+                cbor_decref(&item);
+            }),
+            "libcbor (cbor_load, owned objects)", kRecords};
+}
+
+// ---- GVariant ----
+
+void BuildVariant() {
+    GVariantBuilder records;
+    g_variant_builder_init(&records, G_VARIANT_TYPE("aa{sv}"));
+    for (std::size_t id = 0; id < kRecords; ++id) {
+        g_variant_builder_open(&records, G_VARIANT_TYPE("a{sv}"));
+        const auto put = [&](const char* key, GVariant* value) {
+            g_variant_builder_add(&records, "{sv}", key, value);
+        };
+        put("id", g_variant_new_uint32(static_cast<guint32>(id)));
+        put("name", g_variant_new_string(NameOf(id).c_str()));
+        put("mail", g_variant_new_string("someone@example.org"));
+        put("city", g_variant_new_string("Zürich"));
+        put("balance", g_variant_new_double(BalanceOf(id)));
+        put("created", g_variant_new_int64(1'700'000'000LL + static_cast<gint64>(id)));
+        put("visits", g_variant_new_uint32(static_cast<guint32>(id % 100)));
+        put("score", g_variant_new_double(0.5));
+        GVariantBuilder tags, marks;
+        g_variant_builder_init(&tags, G_VARIANT_TYPE("as"));
+        for (std::size_t i = 0; i < kTags; ++i)
+            g_variant_builder_add(&tags, "s", TagOf(id, i).c_str());
+        put("tags", g_variant_builder_end(&tags));
+        g_variant_builder_init(&marks, G_VARIANT_TYPE("ai"));
+        for (std::size_t i = 0; i < kMarks; ++i)
+            g_variant_builder_add(&marks, "i", static_cast<gint32>(id + i));
+        put("marks", g_variant_builder_end(&marks));
+        g_variant_builder_close(&records);
+    }
+    GVariant* whole = g_variant_ref_sink(g_variant_builder_end(&records));
+    GBytes* bytes = g_variant_get_data_as_bytes(whole);
+    Keep(g_bytes_get_size(bytes));
+    g_bytes_unref(bytes);
+    g_variant_unref(whole);
+}
+
+Comparison CompareBuildingAndEncoding() {
+    return {Times([] {
+                const Handle records = MakeRecords();
+                void* data = QVBinaryFormatCreateData(records.get());
+                Keep(data);
+                QVRelease(data);
+            }),
+            Times(BuildVariant), "GVariant", kRecords};
+}
+
+// ---- property lists ----
+
+constexpr std::size_t kEntries = 100'000;
+
+std::string KeyOf(std::size_t i) {
+    return "key-" + std::to_string(i);
+}
+std::string ValueOf(std::size_t i) {
+    return "value <" + std::to_string(i) + ">";
+}
+
+Comparison CompareWritingLists() {
+    const Handle dictionary = Adopt(QVDictionaryCreate());
+    const std::shared_ptr<void> peer(plist_new_dict(), plist_free);
+    for (std::size_t i = 0; i < kEntries; ++i) {
+        const std::string key = KeyOf(i);
+        Put(dictionary.get(), std::wstring(key.begin(), key.end()).c_str(),
+            QVStringCreateWithCString(ValueOf(i).c_str()));
+        plist_dict_set_item(peer.get(), key.c_str(), plist_new_string(ValueOf(i).c_str()));
+    }
+    // The peer reads what we wrote.
+    const Handle data = Adopt(QVPlistCreateData(dictionary.get()));
+    Require(data != nullptr, "nothing written");
+    void* read = nullptr;
+    plist_from_xml(static_cast<const char*>(QVDataGetImutableBuffer(data.get())),
+                   static_cast<std::uint32_t>(QVDataGetSize(data.get())), &read);
+    Require(read != nullptr && plist_dict_get_size(read) == kEntries, "the peer reads something else");
+    char* value = nullptr;
+    plist_get_string_val(plist_dict_get_item(read, KeyOf(4711).c_str()), &value);
+    Require(value == ValueOf(4711), "another value");
+    std::free(value);
+    plist_free(read);
+    return {Times([dictionary] {
+                void* made = QVPlistCreateData(dictionary.get());
+                Keep(made);
+                QVRelease(made);
+            }),
+            Times([peer] {
+                char* text = nullptr;
+                std::uint32_t size = 0;
+                plist_to_xml(peer.get(), &text, &size);
+                Keep(text);
+                std::free(text);
+            }),
+            "libplist plist_to_xml", kEntries};
+}
+
+}  // namespace
+
+void AddFormatsComparisons(Suite& suite) {
+    suite.Add("binary.encode", CompareEncoding);
+    suite.Add("binary.decode", CompareDecoding);
+    suite.Add("binary.build_and_encode", CompareBuildingAndEncoding);
+    suite.Add("plist.write_100000", CompareWritingLists);
+}
+
+}  // namespace bench
