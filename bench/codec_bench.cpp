@@ -146,7 +146,7 @@ std::string TextOf(void* data) {
 // Small results share a pool as an application's would; large ones are given back one by one, as the peer's
 // are.
 std::size_t DrainEach(std::size_t size) {
-    return size > 4096 ? 1 : 16;
+    return size > 512 ? 1 : 16;
 }
 
 // simdutf is not packaged. It uses the same vector method; so does this floor, made of the same functions
