@@ -12,6 +12,7 @@
 #include <QVFoundation/QVBitStream.h>
 #include <QVFoundation/QVBlockTransform.h>
 #include <QVFoundation/QVBlowfish.h>
+#include <QVFoundation/QVCSSParser.h>
 #include <QVFoundation/QVData.h>
 #include <QVFoundation/QVDate.h>
 #include <QVFoundation/QVDeflate.h>
