@@ -13,6 +13,7 @@
 #include <QVFoundation/QVBlockTransform.h>
 #include <QVFoundation/QVBlowfish.h>
 #include <QVFoundation/QVCSSParser.h>
+#include <QVFoundation/QVCrypto.h>
 #include <QVFoundation/QVData.h>
 #include <QVFoundation/QVDate.h>
 #include <QVFoundation/QVDeflate.h>

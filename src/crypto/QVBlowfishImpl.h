@@ -1,3 +1,4 @@
+// The cipher behind a Blowfish handle.
 #pragma once
 
 #include "base/secure_wipe.h"

@@ -1,3 +1,4 @@
+// The hasher behind an MD5 handle.
 #pragma once
 
 #include "base/secure_wipe.h"

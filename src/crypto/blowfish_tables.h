@@ -1,3 +1,4 @@
+// The numbers that every Blowfish key schedule starts from.
 #pragma once
 
 #include <array>

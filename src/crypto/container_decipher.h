@@ -1,3 +1,4 @@
+// The way of a container's body back to plaintext.
 #pragma once
 
 #include "crypto/blowfish_rounds.h"

@@ -1,3 +1,4 @@
+// The way of a container's body from plaintext to cipher and fingerprint.
 #pragma once
 
 #include "base/secure_wipe.h"

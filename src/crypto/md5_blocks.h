@@ -1,3 +1,4 @@
+// The MD5 compression over whole blocks.
 #pragma once
 
 #include "crypto/md5_steps.h"

@@ -1,3 +1,4 @@
+// MD5 of a message that comes in pieces.
 #pragma once
 
 #include "crypto/md5_blocks.h"

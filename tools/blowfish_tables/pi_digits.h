@@ -1,3 +1,4 @@
+// Computes the tables that a Blowfish key schedule starts from.
 #pragma once
 
 #include <cstddef>
