@@ -39,7 +39,7 @@ TEST(SecureWipe, OverwritesEveryByteAndNoOther) {
 }
 
 TEST(WipedPtr, LeavesNoTraceInFreedMemory) {
-    const TracesInFreedMemory traces;
+    TracesInFreedMemory traces;
     {
         const auto plain = std::make_unique<Secret>();
         plain->fill(0xA7);
