@@ -6,7 +6,7 @@
 
 #include "runtime/random_code.h"
 
-QVBlowfishImpl::QVBlowfishImpl() : feedbackCode_(qv::RandomCode()) {}
+QVBlowfishImpl::QVBlowfishImpl() : feedback_(qv::RandomCode()) {}
 
 std::uint16_t QVBlowfishImpl::GetTypeID() const {
     return QVTypeIDBlowfish;
@@ -22,6 +22,15 @@ bool QVBlowfishImpl::SetKey(const void* key, std::size_t length) {
     return true;
 }
 
+void QVBlowfishImpl::SetKeyOf(const QVBlowfishImpl& other) {
+    auto substitutes = qv::MakeWiped<qv::BlowfishSubstitutes>();
+    auto subkeys = qv::MakeWiped<qv::BlowfishSubkeys>();
+    *substitutes = *other.substitutes_;
+    *subkeys = *other.subkeys_;
+    substitutes_ = std::move(substitutes);
+    subkeys_ = std::move(subkeys);
+}
+
 void QVBlowfishImpl::ProcessBlock(const void* in, void* out, bool encrypt) noexcept {
     if (!HasKey()) {
         std::memset(out, 0, qv::kBlowfishBlockSize);
@@ -33,14 +42,14 @@ void QVBlowfishImpl::ProcessBlock(const void* in, void* out, bool encrypt) noexc
 
 qv::BlowfishHalves QVBlowfishImpl::Encrypt(qv::BlowfishHalves block) noexcept {
     if (!IsChained()) return Encipher(block);
-    block = Encipher(block ^ qv::SplitFeedbackCode(feedbackCode_));
-    feedbackCode_ = qv::JoinFeedbackCode(block);
+    block = Encipher(block ^ feedback_.Halves());
+    feedback_ = qv::BlowfishFeedback(block);
     return block;
 }
 
 qv::BlowfishHalves QVBlowfishImpl::Decrypt(qv::BlowfishHalves block) noexcept {
-    const qv::BlowfishHalves feedback = qv::SplitFeedbackCode(feedbackCode_);
-    feedbackCode_ = qv::JoinFeedbackCode(block);  // also where blocks stand alone
+    const qv::BlowfishHalves feedback = feedback_.Halves();
+    feedback_ = qv::BlowfishFeedback(block);  // also where blocks stand alone
     block = Decipher(block);
     return IsChained() ? block ^ feedback : block;
 }

@@ -15,6 +15,8 @@ public:
 
     // False, changing nothing, when the key is null or its length is 0 or above 56.
     [[nodiscard]] bool SetKey(const void* key, std::size_t length);
+    // Takes over another cipher's key, which must have one, without preparing the tables again.
+    void SetKeyOf(const QVBlowfishImpl& other);
     [[nodiscard]] bool HasKey() const noexcept { return substitutes_ != nullptr; }
     // The tables of the key, borrowed. Only with a key.
     [[nodiscard]] qv::BlowfishTables GetTables() const noexcept {
@@ -33,8 +35,8 @@ public:
 
     void SetCryptoMode(std::uint32_t mode) noexcept { mode_ = mode; }
     [[nodiscard]] std::uint32_t GetCryptoMode() const noexcept { return mode_; }
-    void SetFeedbackCode(std::uint64_t code) noexcept { feedbackCode_ = code; }
-    [[nodiscard]] std::uint64_t GetFeedbackCode() const noexcept { return feedbackCode_; }
+    void SetFeedbackCode(std::uint64_t code) noexcept { feedback_ = qv::BlowfishFeedback(code); }
+    [[nodiscard]] std::uint64_t GetFeedbackCode() const noexcept { return feedback_.Code(); }
 
 private:
     [[nodiscard]] bool IsChained() const noexcept { return mode_ == 0; }
@@ -44,5 +46,5 @@ private:
     qv::WipedPtr<qv::BlowfishSubstitutes> substitutes_;  // null without a key
     qv::WipedPtr<qv::BlowfishSubkeys> subkeys_;          // null without a key
     std::uint32_t mode_ = 0;
-    std::uint64_t feedbackCode_;
+    qv::BlowfishFeedback feedback_;
 };

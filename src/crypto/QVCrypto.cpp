@@ -73,8 +73,7 @@ int QVCryptoDecode(void* crypto, unsigned long long size) noexcept {
 
 void* QVCryptoEncodeData(void* data, void* key) noexcept {
     if (data == nullptr) return nullptr;
-    const unsigned long size = QVDataGetSize(data);
-    return Process(&QVCryptoEncode, data, key, CreateResult(size, size + kContainerGrowth));
+    return Process(&QVCryptoEncode, data, key, CreateResult(0, QVDataGetSize(data) + kContainerGrowth));
 }
 
 void* QVCryptoDecodeData(void* data, void* key) noexcept {

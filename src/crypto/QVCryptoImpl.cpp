@@ -22,6 +22,11 @@ public:
     explicit KeyedCipher(void* key) : cipher_(new QVBlowfishImpl), owner_(qv::ToHandle(cipher_)) {
         if (!cipher_->SetKey(QVDataGetImutableBuffer(key), QVDataGetSize(key))) throw std::bad_alloc();
     }
+    // Another one for the same container.
+    explicit KeyedCipher(const QVBlowfishImpl& first)
+        : cipher_(new QVBlowfishImpl), owner_(qv::ToHandle(cipher_)) {
+        cipher_->SetKeyOf(first);
+    }
     QVBlowfishImpl& operator*() const noexcept { return *cipher_; }
     QVBlowfishImpl* operator->() const noexcept { return cipher_; }
 
@@ -142,21 +147,20 @@ int QVCryptoImpl::Encode(std::uint64_t size) {
 }
 
 int QVCryptoImpl::WriteContainer(std::uint64_t plaintextSize) {
-    // Each cipher draws its feedback code when it is made: the body's first.
+    // Each draws its feedback code when it is made: the body's cipher first.
     const KeyedCipher bodyCipher(key_.Get());
-    const KeyedCipher headerCipher(key_.Get());
+    const KeyedCipher headerCipher(*bodyCipher);
+    qv::ContainerHeader header;
+    header.bodyFeedbackCode = bodyCipher->GetFeedbackCode();
+    header.headerFeedbackCode = headerCipher->GetFeedbackCode();
+    header.headerSize = qv::kContainerHeaderSize;
+    header.plaintextSize = plaintextSize;
     const qv::WipedPtr<Piece> piece(new Piece);
 
     const long long start = QVStreamGetMarker(destination_.Get());
     constexpr qv::ContainerHeaderBytes kPlaceholder{};
     if (const int result = Put(destination_.Get(), kPlaceholder.data(), kPlaceholder.size())) return result;
-
-    qv::ContainerHeader header;
-    header.headerFeedbackCode = headerCipher->GetFeedbackCode();
-    header.headerSize = qv::kContainerHeaderSize;
-    header.plaintextSize = plaintextSize;
-    header.bodyFeedbackCode = bodyCipher->GetFeedbackCode();
-    if (const int result = WriteBody(*bodyCipher, plaintextSize, *piece, header.fingerprint)) return result;
+    if (const int result = WriteBody(*bodyCipher, *piece, header)) return result;
 
     const long long end = QVStreamGetMarker(destination_.Get());
     QVStreamSetMarker(destination_.Get(), 0, start);
@@ -165,10 +169,9 @@ int QVCryptoImpl::WriteContainer(std::uint64_t plaintextSize) {
     return result;
 }
 
-int QVCryptoImpl::WriteBody(const QVBlowfishImpl& cipher, std::uint64_t size, Piece& piece,
-                            qv::Md5Words& fingerprint) {
-    qv::ContainerEncipher encipher(cipher.GetTables(), cipher.GetFeedbackCode());
-    for (std::uint64_t left = size; left > 0;) {
+int QVCryptoImpl::WriteBody(const QVBlowfishImpl& cipher, Piece& piece, qv::ContainerHeader& header) {
+    qv::ContainerEncipher encipher(cipher.GetTables(), header.bodyFeedbackCode);
+    for (std::uint64_t left = header.plaintextSize; left > 0;) {
         const std::size_t wanted = NextSize(left, piece);
         unsigned long done = 0;
         const int read = Get(source_.Get(), piece.data(), wanted, done);
@@ -181,7 +184,7 @@ int QVCryptoImpl::WriteBody(const QVBlowfishImpl& cipher, std::uint64_t size, Pi
         if (read != QVNoErr) return read;
         left -= wanted;
     }
-    fingerprint = encipher.Finish(QVDataGetImutableBuffer(key_.Get()), QVDataGetSize(key_.Get()));
+    header.fingerprint = encipher.Finish(QVDataGetImutableBuffer(key_.Get()), QVDataGetSize(key_.Get()));
     return QVNoErr;
 }
 
@@ -200,7 +203,8 @@ int QVCryptoImpl::Decode(std::uint64_t size) {
 int QVCryptoImpl::ReadContainer(std::uint64_t size) {
     const long long start = QVStreamGetMarker(source_.Get());
     qv::ContainerHeader header;
-    if (const int result = ReadHeader(size, header)) return result;
+    const KeyedCipher headerCipher(key_.Get());
+    if (const int result = ReadHeader(size, *headerCipher, header)) return result;
     if (header.headerSize > size) return QVErrHashMismatch;
     const std::uint64_t bodySize = size - header.headerSize;
     if (bodySize % kBlock != 0) return QVErrHashMismatch;
@@ -210,11 +214,13 @@ int QVCryptoImpl::ReadContainer(std::uint64_t size) {
     QVStreamSetMarker(source_.Get(), 0, bodyStart);
     if (const int result = CheckFingerprint(bodySize, *piece, header.fingerprint)) return result;
     QVStreamSetMarker(source_.Get(), 0, bodyStart);
-    return ReadBody(bodySize, *piece, header);
+    const KeyedCipher bodyCipher(*headerCipher);
+    return ReadBody(bodySize, *bodyCipher, *piece, header);
 }
 
 // Fields are read only as far as the header's own size reaches; those beyond stay zero.
-int QVCryptoImpl::ReadHeader(std::uint64_t containerSize, qv::ContainerHeader& header) {
+int QVCryptoImpl::ReadHeader(std::uint64_t containerSize, QVBlowfishImpl& cipher,
+                             qv::ContainerHeader& header) {
     if (containerSize < qv::kContainerHeaderSize) return QVErrHashMismatch;
 
     std::array<char, qv::kContainerSignatureSize> signature;
@@ -222,14 +228,13 @@ int QVCryptoImpl::ReadHeader(std::uint64_t containerSize, qv::ContainerHeader& h
     if (signature != qv::kContainerSignature) return QVErrFormat;
 
     if (const int result = Get64(source_.Get(), header.headerFeedbackCode)) return result;
-    const KeyedCipher cipher(key_.Get());
-    cipher->SetFeedbackCode(header.headerFeedbackCode);
-    if (const int result = GetEnciphered64(source_.Get(), *cipher, header.headerSize)) return result;
+    cipher.SetFeedbackCode(header.headerFeedbackCode);
+    if (const int result = GetEnciphered64(source_.Get(), cipher, header.headerSize)) return result;
 
     int result = header.headerSize > containerSize ? int{QVErrHashMismatch} : int{QVNoErr};
     std::uint64_t consumed = 32;
     if (result == QVNoErr && consumed < header.headerSize) {
-        result = GetEnciphered64(source_.Get(), *cipher, header.plaintextSize);
+        result = GetEnciphered64(source_.Get(), cipher, header.plaintextSize);
         consumed += 8;
     }
     for (std::uint32_t& word : header.fingerprint) {
@@ -258,9 +263,9 @@ int QVCryptoImpl::CheckFingerprint(std::uint64_t bodySize, Piece& piece, const q
     return digest.GetWords() == fingerprint ? int{QVNoErr} : int{QVErrHashMismatch};
 }
 
-int QVCryptoImpl::ReadBody(std::uint64_t bodySize, Piece& piece, const qv::ContainerHeader& header) {
-    const KeyedCipher cipher(key_.Get());
-    qv::ContainerDecipher decipher(cipher->GetTables(), header.bodyFeedbackCode);
+int QVCryptoImpl::ReadBody(std::uint64_t bodySize, const QVBlowfishImpl& cipher, Piece& piece,
+                           const qv::ContainerHeader& header) {
+    qv::ContainerDecipher decipher(cipher.GetTables(), header.bodyFeedbackCode);
     std::uint64_t plaintextLeft = header.plaintextSize;
     for (std::uint64_t left = bodySize; left > 0;) {
         const std::size_t wanted = NextSize(left, piece);

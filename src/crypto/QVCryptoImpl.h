@@ -25,20 +25,21 @@ public:
 private:
     // What the body moves through: large enough that the streams' own work does not count, small enough to
     // stay in the processor's cache.
-    using Piece = std::array<std::uint8_t, 64 * 1024>;
+    using Piece = std::array<std::uint8_t, 16 * 1024>;
 
     [[nodiscard]] bool CanProcess(std::uint64_t size) const noexcept;
     [[nodiscard]] int FlushAfter(int result) const noexcept;
     void DropKey() noexcept;
 
     int WriteContainer(std::uint64_t plaintextSize);
-    int WriteBody(const QVBlowfishImpl& cipher, std::uint64_t size, Piece& piece, qv::Md5Words& fingerprint);
+    int WriteBody(const QVBlowfishImpl& cipher, Piece& piece, qv::ContainerHeader& header);
     int WriteHeader(QVBlowfishImpl& cipher, const qv::ContainerHeader& header);
 
     int ReadContainer(std::uint64_t size);
-    int ReadHeader(std::uint64_t containerSize, qv::ContainerHeader& header);
+    int ReadHeader(std::uint64_t containerSize, QVBlowfishImpl& cipher, qv::ContainerHeader& header);
     int CheckFingerprint(std::uint64_t bodySize, Piece& piece, const qv::Md5Words& fingerprint);
-    int ReadBody(std::uint64_t bodySize, Piece& piece, const qv::ContainerHeader& header);
+    int ReadBody(std::uint64_t bodySize, const QVBlowfishImpl& cipher, Piece& piece,
+                 const qv::ContainerHeader& header);
 
     qv::Owned key_;  // Data of the key's final length, or null
     qv::Owned source_;

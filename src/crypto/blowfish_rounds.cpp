@@ -3,8 +3,6 @@
 namespace qv {
 namespace {
 
-constexpr int kRounds = 16;
-
 // Four key bytes, the first one on top; behind the key's last byte comes its first again.
 class CyclicKey {
 public:
@@ -47,20 +45,6 @@ void ExpandBlowfishKey(const void* key, std::size_t size, BlowfishSubstitutes& s
     };
     replace(subkeys);
     replace(substitutes);
-}
-
-BlowfishHalves EncipherBlowfish(const BlowfishTables& key, BlowfishHalves x) noexcept {
-    x.left ^= key.subkeys[0];
-    for (int round = 0; round < kRounds; round += 2)
-        EncipherTwoRounds(key, round, x);
-    return {x.right ^ key.subkeys[17], x.left};
-}
-
-BlowfishHalves DecipherBlowfish(const BlowfishTables& key, BlowfishHalves x) noexcept {
-    x.left ^= key.subkeys[17];
-    for (int round = 0; round < kRounds; round += 2)
-        DecipherTwoRounds(key, round, x);
-    return {x.right ^ key.subkeys[0], x.left};
 }
 
 }  // namespace qv

@@ -14,13 +14,9 @@ BlowfishHalves DecipherTogether(const BlowfishTables& key, BlowfishHalves chain,
                                 std::index_sequence<kLane...>) noexcept {
     BlowfishHalves x[] = {LoadBlowfishBlock(blocks + kLane * kBlowfishBlockSize)...};
     ((x[kLane].left ^= key.subkeys[17]), ...);
-    for (int round = 0; round < 16; round += 2) {
-        ((x[kLane].right =
-              BlowfishF(key.substitutes, x[kLane].left) ^ (x[kLane].right ^ key.subkeys[16 - round])),
-         ...);
-        ((x[kLane].left =
-              BlowfishF(key.substitutes, x[kLane].right) ^ (x[kLane].left ^ key.subkeys[15 - round])),
-         ...);
+    for (int round = 0; round < kBlowfishRounds; round += 2) {
+        (BlowfishRound(key.substitutes, x[kLane].left, key.subkeys[16 - round], x[kLane].right), ...);
+        (BlowfishRound(key.substitutes, x[kLane].right, key.subkeys[15 - round], x[kLane].left), ...);
     }
     const auto finish = [&](BlowfishHalves halves, std::uint8_t* block) {
         const BlowfishHalves cipher = LoadBlowfishBlock(block);

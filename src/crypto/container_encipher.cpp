@@ -16,12 +16,11 @@ BlowfishHalves EncipherNext(const BlowfishTables& key, BlowfishHalves chain, std
     return chain;
 }
 
-// Enciphers block kBlock of a group while the hash takes its steps over the enciphered group before it. Kept
-// out of line: the eight blocks inlined together ask for more registers than there are.
+// Enciphers block kBlock of a group while the hash takes its steps over the enciphered group before it.
 template <int kBlock, int... kSteps>
-[[gnu::noinline]] void EncipherBesideHash(const BlowfishTables& key, BlowfishHalves& chain, Md5Words& words,
-                                          std::uint8_t* group,
-                                          std::integer_sequence<int, kSteps...>) noexcept {
+[[gnu::always_inline]] inline void EncipherBesideHash(const BlowfishTables& key, BlowfishHalves& chain,
+                                                      Md5Words& words, std::uint8_t* group,
+                                                      std::integer_sequence<int, kSteps...>) noexcept {
     std::uint8_t* block = group + kBlock * kBlowfishBlockSize;
     BlowfishHalves x = LoadBlowfishBlock(block) ^ chain;
     x.left ^= key.subkeys[0];
@@ -32,9 +31,12 @@ template <int kBlock, int... kSteps>
     StoreBlowfishBlock(chain, block);
 }
 
+// One function for a whole group, so that chain and words stay in registers; on its own, so that no
+// surroundings compete for them.
 template <int... kBlocks>
-void EncipherGroupBesideHash(const BlowfishTables& key, BlowfishHalves& chain, Md5Words& words,
-                             std::uint8_t* group, std::integer_sequence<int, kBlocks...>) noexcept {
+[[gnu::noinline]] void EncipherGroupBesideHash(const BlowfishTables& key, BlowfishHalves& chain,
+                                               Md5Words& words, std::uint8_t* group,
+                                               std::integer_sequence<int, kBlocks...>) noexcept {
     Md5Words now = words;
     (EncipherBesideHash<kBlocks>(key, chain, now, group, std::make_integer_sequence<int, kStepsInBlock>{}),
      ...);
@@ -65,7 +67,7 @@ BlowfishHalves EncipherGroups(const BlowfishTables& borrowedKey, BlowfishHalves 
 }  // namespace
 
 ContainerEncipher::ContainerEncipher(const BlowfishTables& key, std::uint64_t feedbackCode) noexcept
-    : key_(key), chain_(SplitFeedbackCode(feedbackCode)), digest_(*block_) {
+    : key_(key), chain_(BlowfishFeedback(feedbackCode).Halves()), digest_(*block_) {
     digest_.Initialize();
 }
 

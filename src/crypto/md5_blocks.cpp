@@ -5,8 +5,10 @@
 namespace qv {
 namespace {
 
+// Always inline, as the steps are.
 template <int... kSteps>
-void RunSteps(Md5Words& words, const std::uint8_t* block, std::integer_sequence<int, kSteps...>) noexcept {
+[[gnu::always_inline]] inline void RunSteps(Md5Words& words, const std::uint8_t* block,
+                                            std::integer_sequence<int, kSteps...>) noexcept {
     (Md5Step<kSteps>(words, block), ...);
 }
 

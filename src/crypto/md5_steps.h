@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "base/keep_order.h"
 #include "base/little_endian.h"
 
 namespace qv {
@@ -43,11 +44,11 @@ constexpr std::size_t MessageWord(int step) {
 }  // namespace md5_detail
 
 // One step over the block's bytes. Its input b is the step's before, the last to arrive, so whatever does not
-// need b is summed up first; the empty assembler statement keeps compilers from moving it back behind b. In
-// the second round the halves of (b & d) | (c & ~d) share no bit: added instead of joined, the half without b
-// leaves the chain of dependent operations.
+// need b is summed up first. In the second round the halves of (b & d) | (c & ~d) share no bit: added instead
+// of joined, the half without b leaves the chain of dependent operations. Always inline, so that the words
+// stay in registers.
 template <int kStep>
-inline void Md5Step(Md5Words& words, const std::uint8_t* block) noexcept {
+[[gnu::always_inline]] inline void Md5Step(Md5Words& words, const std::uint8_t* block) noexcept {
     using namespace md5_detail;
     std::uint32_t& a = words[(64 - kStep) % 4];
     const std::uint32_t b = words[(65 - kStep) % 4];
@@ -65,7 +66,7 @@ inline void Md5Step(Md5Words& words, const std::uint8_t* block) noexcept {
     } else {
         late = c ^ (b | ~d);
     }
-    asm("" : "+r"(early));
+    KeepOrder(early);
     a = b + std::rotl(early + late, kRotations[kStep / 16][kStep % 4]);
 }
 
