@@ -92,3 +92,8 @@ unsigned char* qv::ExtendData(void* data, std::size_t count) noexcept {
     return Guard(static_cast<unsigned char*>(nullptr),
                  [=] { return heap->Extend(static_cast<unsigned long>(count)); });
 }
+
+qv::ByteStore* qv::OwnedBytes(void* data) noexcept {
+    auto* heap = CheckedHandle<QVHeapBaseDataImpl>(data);
+    return heap == nullptr ? nullptr : &heap->Store();
+}

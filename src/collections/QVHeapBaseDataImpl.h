@@ -20,6 +20,7 @@ public:
 
     // Adds bytes of unknown value and answers where they begin. Throws when there is no room.
     unsigned char* Extend(unsigned long length) { return store_.Extend(length); }
+    [[nodiscard]] qv::ByteStore& Store() { return store_; }
 
 private:
     qv::ByteStore store_;

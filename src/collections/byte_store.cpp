@@ -44,13 +44,15 @@ std::uint8_t* ByteStore::Extend(std::size_t count) {
     return added;
 }
 
-void ByteStore::Append(const void* source, std::size_t count) {
-    if (count == 0) return;
+// What is written lies in the old bytes or, when it is the store's own, moves with them.
+void ByteStore::GrowAndWrite(std::size_t offset, const void* source, std::size_t count) {
+    if (count > kMostBytes - offset) throw std::length_error("ByteStore");
     const auto* from = static_cast<const std::uint8_t*>(source);
     const bool isOwn = LiesWithin(from, bytes_, size_);
     const std::size_t place = isOwn ? static_cast<std::size_t>(from - bytes_) : 0;
-    std::uint8_t* added = Extend(count);
-    std::memmove(added, isOwn ? bytes_ + place : from, count);
+    Grow(offset + count);
+    std::memmove(bytes_ + offset, isOwn ? bytes_ + place : from, count);
+    size_ = offset + count;
 }
 
 // Doubling keeps the average cost of an added byte constant.

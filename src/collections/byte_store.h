@@ -2,8 +2,10 @@
 // overwritten.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 
 namespace qv {
@@ -32,10 +34,22 @@ public:
     void Resize(std::size_t size);
     // Adds `count` bytes of unknown value and answers where they begin.
     std::uint8_t* Extend(std::size_t count);
-    // The source may lie inside this store.
-    void Append(const void* source, std::size_t count);
+    // Overwrites from `offset`, which is at most the size, and adds what reaches beyond the end. The source
+    // may lie inside this store.
+    void Write(std::size_t offset, const void* source, std::size_t count) {
+        if (count > 0 && !WriteInRoom(offset, source, count)) GrowAndWrite(offset, source, count);
+    }
+    // The same for `count` bytes above 0, while it needs no more room. False, and nothing done, when it does.
+    [[nodiscard]] bool WriteInRoom(std::size_t offset, const void* source, std::size_t count) noexcept {
+        if (count > capacity_ || offset > capacity_ - count) return false;
+        std::memmove(bytes_ + offset, source, count);
+        size_ = std::max(size_, offset + count);
+        return true;
+    }
+    void Append(const void* source, std::size_t count) { Write(size_, source, count); }
 
 private:
+    void GrowAndWrite(std::size_t offset, const void* source, std::size_t count);
     void Grow(std::size_t size);
     void Reallocate(std::size_t capacity);
 

@@ -2,11 +2,12 @@
 // in the Data when the call returns, and what others do to the Data meanwhile is seen.
 #pragma once
 
+#include "collections/raw_data.h"
 #include "io/QVStreamImpl.h"
 
 class QVCMemoryStream final : public QVStreamImpl {
 public:
-    explicit QVCMemoryStream(void* data) : QVStreamImpl(data, Unbuffered()) {}
+    explicit QVCMemoryStream(void* data) : QVStreamImpl(data, qv::OwnedBytes(data)) {}
     [[nodiscard]] std::uint16_t GetTypeID() const override;
 
     int GetBytes(void* buffer, unsigned long size, unsigned long* done, bool exact) override;
@@ -15,4 +16,11 @@ public:
     [[nodiscard]] long long GetMarker() const override { return base_; }
     int Flush() override;
     [[nodiscard]] unsigned long long GetSize() const override;
+
+private:
+    struct Contents {
+        const void* bytes;
+        unsigned long size;
+    };
+    [[nodiscard]] Contents GetContents() const;
 };

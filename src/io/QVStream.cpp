@@ -14,26 +14,33 @@ using qv::With;
 
 namespace {
 
-int Put(void* handle, const void* bytes, unsigned long size) noexcept {
+// Kept out of line, so that the common case needs no room on the stack.
+[[gnu::noinline]] int PutThroughStream(void* handle, const void* bytes, unsigned long size) noexcept {
     return QVStreamPutBytes(handle, bytes, size, nullptr, 1);
 }
 
-// Most transfers end inside the buffer: those are done here, without a call.
 template <class Value>
-int PutValue(void* handle, Value value) noexcept {
-    if (handle == nullptr) return QVErrParam;
-    if (FromHandle<QVStreamImpl>(handle)->PutInsideBuffer(&value, sizeof value)) return QVNoErr;
-    return Put(handle, &value, sizeof value);
-}
-
-template <class Value>
-int GetValue(void* handle, Value* value) noexcept {
-    if (handle == nullptr || value == nullptr) return QVErrParam;
-    if (FromHandle<QVStreamImpl>(handle)->GetInsideBuffer(value, sizeof *value)) return QVNoErr;
+[[gnu::noinline]] int GetThroughStream(void* handle, Value* value) noexcept {
+    if (value == nullptr) return QVErrParam;
     Value read = 0;
     const int code = QVStreamGetBytes(handle, &read, sizeof read, nullptr, 1);
     if (code == QVNoErr) *value = read;
     return code;
+}
+
+// Most transfers end where the bytes are at hand: those are done here, without a call.
+template <class Value>
+int PutValue(void* handle, Value value) noexcept {
+    if (handle != nullptr && FromHandle<QVStreamImpl>(handle)->PutAtHand(&value, sizeof value))
+        return QVNoErr;
+    return PutThroughStream(handle, &value, sizeof value);
+}
+
+template <class Value>
+int GetValue(void* handle, Value* value) noexcept {
+    const bool isGiven = handle != nullptr && value != nullptr;
+    if (isGiven && FromHandle<QVStreamImpl>(handle)->GetAtHand(value, sizeof *value)) return QVNoErr;
+    return GetThroughStream(handle, value);
 }
 
 }  // namespace

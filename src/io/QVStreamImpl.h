@@ -7,6 +7,7 @@
 #include <cstring>
 #include <memory>
 
+#include "collections/byte_store.h"
 #include "runtime/Owned.h"
 #include "runtime/QVCBase.h"
 
@@ -20,18 +21,21 @@ public:
     virtual int Flush() = 0;
     [[nodiscard]] virtual unsigned long long GetSize() const = 0;
 
-    // The common case of GetBytes and PutBytes, without a virtual call: the transfer ends inside the buffer,
-    // so nothing is to be flushed or refilled. False, and nothing done, in every other case.
-    [[nodiscard]] bool GetInsideBuffer(void* to, unsigned long size) {
-        if (length_ - position_ <= size || !store_) return false;
-        std::memcpy(to, buffer_.get() + position_, size);
+    // The common case of GetBytes and PutBytes, for sizes above 0 and without a virtual call: the transfer
+    // ends inside the buffer, so nothing is to be flushed or refilled, or inside memory that is at hand.
+    // False, and nothing done, in every other case.
+    [[nodiscard]] bool GetAtHand(void* to, unsigned long size) {
+        if (length_ - position_ <= size || !store_) return GetFromMemory(to, size);
+        const std::byte* from = buffer_.get() + position_;
         position_ += static_cast<std::uint32_t>(size);
+        std::memcpy(to, from, size);
         return true;
     }
-    [[nodiscard]] bool PutInsideBuffer(const void* from, unsigned long size) {
-        if (kBufferSize - position_ <= size || !store_) return false;
-        std::memcpy(buffer_.get() + position_, from, size);
+    [[nodiscard]] bool PutAtHand(const void* from, unsigned long size) {
+        if (kBufferSize - position_ <= size || !store_) return PutIntoMemory(from, size);
+        std::byte* to = buffer_.get() + position_;
         AdvanceAfterPut(static_cast<std::uint32_t>(size));
+        std::memcpy(to, from, size);
         return true;
     }
 
@@ -45,10 +49,13 @@ protected:
         : store_(qv::Owned::Retaining(store)),
           buffer_(std::make_unique_for_overwrite<std::byte[]>(kBufferSize)) {}
 
-    // A stream without a buffer: it is always used up and always full.
-    struct Unbuffered {};
-    QVStreamImpl(void* store, Unbuffered)
-        : store_(qv::Owned::Retaining(store)), length_(kBufferSize), position_(kBufferSize) {}
+    // A stream without a buffer: it is always used up and always full. The memory, which may be null, is the
+    // store's own and lives as long.
+    QVStreamImpl(void* store, qv::ByteStore* memory)
+        : store_(qv::Owned::Retaining(store)),
+          length_(kBufferSize),
+          position_(kBufferSize),
+          memory_(memory) {}
 
     // Takes what the buffer holds, at most size bytes; answers their number.
     unsigned long GetFromBuffer(void* to, unsigned long size) {
@@ -72,8 +79,24 @@ protected:
     std::uint32_t position_ = 0;  // the marker inside the buffer
     bool isDirty_ = false;
     std::int64_t base_ = 0;  // where the buffer's first byte lies in the store
+    qv::ByteStore* memory_ = nullptr;
 
 private:
+    bool GetFromMemory(void* to, unsigned long size) {
+        const auto start = static_cast<std::size_t>(base_);
+        if (memory_ == nullptr || memory_->Size() < size || start > memory_->Size() - size) return false;
+        std::memcpy(to, memory_->Bytes() + start, size);
+        base_ += static_cast<std::int64_t>(size);
+        return true;
+    }
+    bool PutIntoMemory(const void* from, unsigned long size) {
+        const auto start = static_cast<std::size_t>(base_);
+        if (memory_ == nullptr || start > memory_->Size() || !memory_->WriteInRoom(start, from, size))
+            return false;
+        base_ += static_cast<std::int64_t>(size);
+        return true;
+    }
+
     void AdvanceAfterPut(std::uint32_t count) {
         position_ += count;
         length_ = std::max(length_, position_);
