@@ -40,8 +40,7 @@ public:
     }
 
 protected:
-    // Each format's headers and tables fit into it, and it is well below a page; callers see its size in what
-    // a stream has written before it is flushed.
+    // Not free to change: it decides which bytes of a stream that was never flushed are in its file.
     static constexpr std::uint32_t kBufferSize = 1024;
 
     // A buffered stream over a store, which is retained and may be null.
@@ -85,7 +84,7 @@ private:
     bool GetFromMemory(void* to, unsigned long size) {
         const auto start = static_cast<std::size_t>(base_);
         if (memory_ == nullptr || memory_->Size() < size || start > memory_->Size() - size) return false;
-        std::memcpy(to, memory_->Bytes() + start, size);
+        std::memmove(to, memory_->Bytes() + start, size);
         base_ += static_cast<std::int64_t>(size);
         return true;
     }
