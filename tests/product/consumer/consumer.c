@@ -1,7 +1,7 @@
 /* The smallest program that needs the library's code: an object is made, counted and given back. */
-#include <QVFoundation/QVFoundation.h>
-
 #include <stdio.h>
+
+#include <QVFoundation/QVFoundation.h>
 
 int main(void) {
     void* object = NULL;
