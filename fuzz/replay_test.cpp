@@ -1,0 +1,74 @@
+// Replays the checked-in corpora, and small changes of them, through every fuzz target.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "fuzz_support.h"
+#include "targets.h"
+
+namespace {
+
+struct Target {
+    const char* name;
+    void (*run)(const std::uint8_t* bytes, std::size_t size);
+};
+
+constexpr Target kTargets[] = {
+    {"archive_items", qvfuzz::ArchiveItems},     {"base64", qvfuzz::Base64},
+    {"binary_reader", qvfuzz::BinaryReader},     {"container_decode", qvfuzz::ContainerDecode},
+    {"css_parser", qvfuzz::CssParser},           {"scanner", qvfuzz::Scanner},
+    {"string_decoding", qvfuzz::StringDecoding},
+};
+
+class Corpus : public testing::TestWithParam<Target> {
+protected:
+    // The inputs in the order of their names, so that a failure can be repeated.
+    static std::vector<std::string> Inputs() {
+        std::vector<std::filesystem::path> paths;
+        for (const auto& entry : std::filesystem::directory_iterator(std::string(FUZZ_CORPUS "/") + GetParam().name)) {
+            paths.push_back(entry.path());
+        }
+        std::sort(paths.begin(), paths.end());
+        std::vector<std::string> inputs;
+        for (const std::filesystem::path& path : paths) {
+            std::ifstream file(path, std::ios::binary);
+            inputs.emplace_back(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+        }
+        return inputs;
+    }
+
+    static void Run(const std::string& input) {
+        GetParam().run(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
+    }
+};
+
+TEST_P(Corpus, EveryInputIsSurvived) {
+    qvfuzz::StartLibrary();
+    const std::vector<std::string> inputs = Inputs();
+    EXPECT_GE(inputs.size(), 3U);
+    for (const std::string& input : inputs) Run(input);
+    Run("");
+}
+
+TEST_P(Corpus, EverySmallChangeIsSurvived) {
+    qvfuzz::StartLibrary();
+    std::mt19937 random(7);
+    for (const std::string& input : Inputs()) {
+        for (int change = 0; change < 60 && !input.empty(); ++change) {
+            std::string changed = input.substr(0, 1 + random() % input.size());
+            changed[random() % changed.size()] = static_cast<char>(random());
+            Run(changed);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Fuzz, Corpus, testing::ValuesIn(kTargets),
+                         [](const auto& target) { return std::string(target.param.name); });
+
+}  // namespace
