@@ -1,5 +1,5 @@
 // qvtool encrypt, decrypt and md5, run as a user runs them.
-#include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
@@ -131,6 +131,16 @@ TEST_F(QvtoolCrypto, AWrongKeyKeepsAnOlderOutput) {
     EXPECT_EQ(ReadFile(opened_), "older contents");
     EXPECT_EQ(Decrypt(key_).status, 0);
     EXPECT_EQ(ReadFile(opened_), "some text");
+}
+
+TEST_F(QvtoolCrypto, AnInterruptedRunLeavesNothing) {
+    std::filesystem::resize_file(Put("plain", ""), 500'000'000);  // takes seconds, and no place on the disk
+    Put("sealed", "older contents");
+    const int status = std::system(
+        ("timeout 0.2 " QVTOOL " encrypt " + plain_ + " " + sealed_ + " --key-file " + key_).c_str());
+    EXPECT_EQ(WEXITSTATUS(status), 124) << "it was not interrupted";
+    EXPECT_EQ(ReadFile(sealed_), "older contents");
+    EXPECT_EQ(FileCount(), 3);
 }
 
 TEST_F(QvtoolCrypto, DamageIsNoticed) {

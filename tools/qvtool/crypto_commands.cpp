@@ -1,6 +1,8 @@
 // qvtool encrypt, decrypt and md5
 
+#include <atomic>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -44,6 +46,25 @@ struct ContainerArguments {
     bool quiet = false;
 };
 
+std::atomic<const char*> unfinishedPath{nullptr};
+
+// Lets a signal that ends the program remove the unfinished file first.
+void RemoveUnfinishedFileAtSignals() {
+    struct sigaction action {};
+    action.sa_flags = static_cast<int>(SA_RESETHAND);  // raised again, the signal has its ordinary effect
+    action.sa_handler = [](int signal) {
+        if (const char* path = unfinishedPath.load()) unlink(path);
+        raise(signal);
+    };
+    sigemptyset(&action.sa_mask);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+        struct sigaction before {};
+        if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler == SIG_DFL) {
+            sigaction(signal, &action, nullptr);
+        }
+    }
+}
+
 // Written under a name of its own beside the wanted one, readable by its owner alone, and put in place when
 // it is whole. Until then an older file stays as it is, and a failure leaves nothing behind.
 class ReplacementFile final {
@@ -51,14 +72,17 @@ public:
     explicit ReplacementFile(const std::string& path) : target_(Target(path)) {
         const std::filesystem::path folder = std::filesystem::path(target_).parent_path();
         temporary_ = (folder / ".qvtool-XXXXXX").string();
+        RemoveUnfinishedFileAtSignals();
         const int descriptor = mkstemp(temporary_.data());
         if (descriptor < 0) throw Failure(tool::SystemText(path));
+        unfinishedPath = temporary_.c_str();
         close(descriptor);
     }
     ReplacementFile(const ReplacementFile&) = delete;
     ReplacementFile& operator=(const ReplacementFile&) = delete;
     ~ReplacementFile() {
-        if (!temporary_.empty()) unlink(temporary_.c_str());
+        if (!isInPlace_) unlink(temporary_.c_str());
+        unfinishedPath = nullptr;
     }
 
     [[nodiscard]] const std::string& Path() const { return temporary_; }
@@ -69,7 +93,7 @@ public:
             std::rename(temporary_.c_str(), target_.c_str()) != 0) {
             throw Failure(tool::SystemText(target_));
         }
-        temporary_.clear();
+        isInPlace_ = true;
     }
 
 private:
@@ -95,6 +119,7 @@ private:
 
     std::string target_;
     std::string temporary_;
+    bool isInPlace_ = false;
 };
 
 void RefuseSameFile(const std::string& output, const std::string& other, const char* what) {
