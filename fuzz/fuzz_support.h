@@ -1,10 +1,10 @@
 // What the fuzz targets share: the library brought up once, and a check that works in every build.
 #pragma once
 
-#include <QVFoundation/QVFoundation.h>
-
 #include <cstdio>
 #include <cstdlib>
+
+#include <QVFoundation/QVFoundation.h>
 
 namespace qvfuzz {
 

@@ -1,9 +1,8 @@
 // Replays the checked-in corpora, and small changes of them, through every fuzz target.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <iterator>
 #include <random>
 #include <string>
@@ -31,7 +30,8 @@ protected:
     // The inputs in the order of their names, so that a failure can be repeated.
     static std::vector<std::string> Inputs() {
         std::vector<std::filesystem::path> paths;
-        for (const auto& entry : std::filesystem::directory_iterator(std::string(FUZZ_CORPUS "/") + GetParam().name)) {
+        for (const auto& entry :
+             std::filesystem::directory_iterator(std::string(FUZZ_CORPUS "/") + GetParam().name)) {
             paths.push_back(entry.path());
         }
         std::sort(paths.begin(), paths.end());
@@ -52,7 +52,8 @@ TEST_P(Corpus, EveryInputIsSurvived) {
     qvfuzz::StartLibrary();
     const std::vector<std::string> inputs = Inputs();
     EXPECT_GE(inputs.size(), 3U);
-    for (const std::string& input : inputs) Run(input);
+    for (const std::string& input : inputs)
+        Run(input);
     Run("");
 }
 

@@ -7,11 +7,13 @@ void qvfuzz::Scanner(const std::uint8_t* bytes, std::size_t size) {
     static constexpr const wchar_t* kDelimiters[] = {L"/", L" ,\t\r\n", L"", L"\u00E9=;"};
     const wchar_t* delimiters = kDelimiters[bytes[0] % 4];
     Scope scope;
-    void* text = scope.Keep(QVStringCreateWithCStringAndLength(reinterpret_cast<const char*>(bytes + 1), size - 1));
+    void* text =
+        scope.Keep(QVStringCreateWithCStringAndLength(reinterpret_cast<const char*>(bytes + 1), size - 1));
     void* scanner = scope.Keep(QVScannerCreateWithString(text));
     unsigned long scanned = 0;
     void* piece = nullptr;
-    while (QVScannerScanUpToCharacters(scanner, delimiters, &piece) != 0) scanned += QVStringGetLength(piece);
+    while (QVScannerScanUpToCharacters(scanner, delimiters, &piece) != 0)
+        scanned += QVStringGetLength(piece);
     Check(scanned == QVStringGetLength(text), "pieces are missing");
 
     QVScannerSetMarker(scanner, 0, 0);

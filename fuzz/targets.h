@@ -1,5 +1,5 @@
-// The fuzz targets: each takes any bytes and must survive them. libFuzzer drives them one by one (fuzz/libfuzzer.cpp); the
-// tests replay the checked-in corpora through all of them (fuzz/replay_test.cpp).
+// The fuzz targets: each takes any bytes and must survive them. libFuzzer drives them one by one
+// (fuzz/libfuzzer.cpp); the tests replay the checked-in corpora through all of them (fuzz/replay_test.cpp).
 #pragma once
 
 #include <cstddef>

@@ -369,7 +369,7 @@ public:
         }
     }
 
-    std::size_t Below(std::size_t bound) { return random_() % bound; }
+    std::size_t Below(std::size_t bound) { return static_cast<std::size_t>(random_() % bound); }
 
 private:
     std::wstring Text() {
