@@ -45,7 +45,9 @@ int QVInputBitStreamImpl::GetBits(std::uint8_t* buffer, unsigned long bits, unsi
     const std::size_t wholeBytes = count / 8;
     const std::size_t bufferSize = bits / 8 + (bits % 8 != 0 ? 1 : 0);
     if (count > 0) qv::CopyBits(source.bytes + byteIndex_, bitIndex_, buffer, count);
-    if (count % 8 != 0 && bitStoreMode_ == 0) buffer[wholeBytes] >>= 8 - count % 8;
+    if (count % 8 != 0 && bitStoreMode_ == 0) {
+        buffer[wholeBytes] = static_cast<std::uint8_t>(buffer[wholeBytes] >> (8 - count % 8));
+    }
     const std::size_t filled = wholeBytes + (count % 8 != 0 ? 1 : 0);
     if (filled < bufferSize) std::memset(buffer + filled, 0, bufferSize - filled);
     if (count > 0) MoveTo(GetMarker() + count, source);
