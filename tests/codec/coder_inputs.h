@@ -66,10 +66,15 @@ private:
                 return AddRun(bytes, static_cast<unsigned char>("ACGT"[Below(4)]), 1);
             case Shape::kTwoSymbols:
                 return AddRun(bytes, Below(2), 1);
-            case Shape::kTwoSymbolRuns:
-                return AddRun(bytes, Below(2), 1 + Below(40));
-            case Shape::kRuns:
-                return AddRun(bytes, Below(256), 1 + Below(Below(4) == 0 ? 600 : 12));
+            case Shape::kTwoSymbolRuns: {
+                // Numbers are drawn one a statement: the order within a call is each compiler's own.
+                const std::uint32_t length = 1 + Below(40);
+                return AddRun(bytes, Below(2), length);
+            }
+            case Shape::kRuns: {
+                const std::uint32_t length = 1 + Below(Below(4) == 0 ? 600 : 12);
+                return AddRun(bytes, Below(256), length);
+            }
             case Shape::kZeros:
                 return AddRun(bytes, 0, 100);
             case Shape::kZerosAndOnes:

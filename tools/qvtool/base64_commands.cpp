@@ -60,6 +60,7 @@ private:
 
 void Print(void* data) {
     const std::size_t size = QVDataGetSize(data);
+    if (size == 0) return;  // and then there is no buffer
     if (std::fwrite(QVDataGetImutableBuffer(data), 1, size, stdout) != size) {
         throw Failure(tool::SystemText("standard output"));
     }
