@@ -26,6 +26,7 @@ namespace {
 
 using tool::ArchiveItem;
 using tool::ArchiveReader;
+using tool::Command;
 using tool::Failure;
 using tool::Member;
 
@@ -42,12 +43,11 @@ struct Switches {
     }
 };
 
-void AddSwitches(CLI::App& command, Switches& switches) {
-    auto* on = command.add_flag("--progress", switches.progress,
-                                "Show a progress bar even when stderr is no terminal");
-    auto* off = command.add_flag("--no-progress", switches.noProgress, "Show no progress bar");
-    on->excludes(off);
-    command.add_flag("-q,--quiet", switches.quiet, "No progress bar, no notes and no summary; errors only");
+void AddSwitches(Command& command, Switches& switches) {
+    command.Flag("--progress", switches.progress, "Show a progress bar even when stderr is no terminal");
+    command.Flag("--no-progress", switches.noProgress, "Show no progress bar");
+    command.Exclude("--progress", "--no-progress");
+    command.Flag("-q,--quiet", switches.quiet, "No progress bar, no notes and no summary; errors only");
 }
 
 double SecondsSince(std::chrono::steady_clock::time_point start) {
@@ -330,49 +330,44 @@ void Extract(const ExtractArguments& arguments) {
 
 // ---- the command line ----
 
-void SetUpCreate(CLI::App& family) {
+void SetUpCreate(Command& family) {
     auto arguments = std::make_shared<CreateArguments>();
-    CLI::App* create =
-        family.add_subcommand("create", "Put files, and the files below directories, into a new archive");
-    create->add_option("archive", arguments->archive, "The archive to write; a file of this name is replaced")
-        ->required();
-    create->add_option("paths", arguments->paths, "Files and directories")->required();
-    create->add_flag("--compress", arguments->compress,
-                     "Store the files' bodies compressed (they cannot be extracted yet)");
-    create->add_flag("--no-index", arguments->noIndex,
-                     "Leave the member index out; the archive then holds no names");
-    create->add_flag("-v,--verbose", arguments->verbose,
-                     "Name the links and other entries that are left out");
-    AddSwitches(*create, arguments->switches);
-    create->callback([arguments] { Create(*arguments); });
+    Command create =
+        family.Subcommand("create", "Put files, and the files below directories, into a new archive");
+    create.Argument("archive", arguments->archive, "The archive to write; a file of this name is replaced");
+    create.Arguments("paths", arguments->paths, "Files and directories");
+    create.Flag("--compress", arguments->compress,
+                "Store the files' bodies compressed (they cannot be extracted yet)");
+    create.Flag("--no-index", arguments->noIndex,
+                "Leave the member index out; the archive then holds no names");
+    create.Flag("-v,--verbose", arguments->verbose, "Name the links and other entries that are left out");
+    AddSwitches(create, arguments->switches);
+    create.Action([arguments] { Create(*arguments); });
 }
 
-void SetUpList(CLI::App& family) {
+void SetUpList(Command& family) {
     auto archive = std::make_shared<std::string>();
-    CLI::App* list = family.add_subcommand("list", "Check an archive and print the table of its items");
-    list->add_option("archive", *archive, "The archive to read")->required();
-    list->callback([archive] { List(*archive); });
+    Command list = family.Subcommand("list", "Check an archive and print the table of its items");
+    list.Argument("archive", *archive, "The archive to read");
+    list.Action([archive] { List(*archive); });
 }
 
-void SetUpExtract(CLI::App& family) {
+void SetUpExtract(Command& family) {
     auto arguments = std::make_shared<ExtractArguments>();
-    CLI::App* extract =
-        family.add_subcommand("extract", "Write an archive's files into a folder, and nothing outside it");
-    extract->add_option("archive", arguments->archive, "The archive to read")->required();
-    extract
-        ->add_option("folder", arguments->folder, "The folder to write into; it is made when it is missing")
-        ->required();
-    extract->add_flag("--overwrite", arguments->overwrite, "Replace files that exist already");
-    AddSwitches(*extract, arguments->switches);
-    extract->callback([arguments] { Extract(*arguments); });
+    Command extract =
+        family.Subcommand("extract", "Write an archive's files into a folder, and nothing outside it");
+    extract.Argument("archive", arguments->archive, "The archive to read");
+    extract.Argument("folder", arguments->folder, "The folder to write into; it is made when it is missing");
+    extract.Flag("--overwrite", arguments->overwrite, "Replace files that exist already");
+    AddSwitches(extract, arguments->switches);
+    extract.Action([arguments] { Extract(*arguments); });
 }
 
-const tool::CommandFamily family("archive", [](CLI::App& app) {
-    CLI::App* archive = app.add_subcommand("archive", "Create, list and extract archives");
-    archive->require_subcommand(1);
-    SetUpCreate(*archive);
-    SetUpList(*archive);
-    SetUpExtract(*archive);
+const tool::CommandFamily family("archive", [](Command& program) {
+    Command archive = program.Subcommand("archive", "Create, list and extract archives");
+    SetUpCreate(archive);
+    SetUpList(archive);
+    SetUpExtract(archive);
 });
 
 }  // namespace

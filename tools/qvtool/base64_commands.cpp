@@ -139,22 +139,21 @@ void Decode(const Arguments& arguments) {
     FinishOutput();
 }
 
-const tool::CommandFamily family("base64", [](CLI::App& app) {
-    CLI::App* base64 = app.add_subcommand("base64", "Turn bytes into Base64 text and back");
-    base64->require_subcommand(1);
+const tool::CommandFamily family("base64", [](tool::Command& program) {
+    tool::Command base64 = program.Subcommand("base64", "Turn bytes into Base64 text and back");
     const auto arguments = std::make_shared<Arguments>();
-    CLI::App* encode =
-        base64->add_subcommand("encode", "Print a file's bytes as Base64, in one line without its end");
-    CLI::App* decode =
-        base64->add_subcommand("decode", "Print the bytes that a file's Base64 text stands for");
-    for (CLI::App* command : {encode, decode}) {
-        command->add_option("file", arguments->file,
-                            "The file to read; \"-\", the default, is standard input");
+    tool::Command encode =
+        base64.Subcommand("encode", "Print a file's bytes as Base64, in one line without its end");
+    tool::Command decode =
+        base64.Subcommand("decode", "Print the bytes that a file's Base64 text stands for");
+    for (tool::Command command : {encode, decode}) {
+        command.Argument("file", arguments->file, "The file to read; \"-\", the default, is standard input",
+                         tool::Presence::kOptional);
     }
-    decode->add_flag("--ignore-space", arguments->ignoreSpace,
-                     "Leave white space and line breaks out; without this they are errors");
-    encode->callback([arguments] { Encode(*arguments); });
-    decode->callback([arguments] { Decode(*arguments); });
+    decode.Flag("--ignore-space", arguments->ignoreSpace,
+                "Leave white space and line breaks out; without this they are errors");
+    encode.Action([arguments] { Encode(*arguments); });
+    decode.Action([arguments] { Decode(*arguments); });
 });
 
 }  // namespace

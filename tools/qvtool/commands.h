@@ -1,25 +1,26 @@
 // How a family of commands joins qvtool. A file `<family>_commands.cpp` defines one registration:
 //
-//     const tool::CommandFamily family("base64", [](CLI::App& app) {
-//         CLI::App* command = app.add_subcommand("base64", "Encode and decode Base64");
+//     const tool::CommandFamily family("base64", [](tool::Command& program) {
+//         tool::Command base64 = program.Subcommand("base64", "Turn bytes into Base64 text and back");
 //         ...
 //     });
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
+
+#include "command_line.h"
 
 namespace tool {
 
 class CommandFamily final {
 public:
-    using Setup = void (*)(CLI::App& app);
+    using Setup = void (*)(Command& program);
 
     CommandFamily(const char* name, Setup setup) { Families().push_back({name, setup}); }
 
     /// Adds the commands of every family to the program, in the order of the families' names.
-    static void SetUpAll(CLI::App& app);
+    static void SetUpAll(Command& program);
 
 private:
     struct Entry {

@@ -109,20 +109,19 @@ void Compress(const Arguments& arguments) {
     }
 }
 
-const tool::CommandFamily family("compress", [](CLI::App& app) {
-    CLI::App* compress = app.add_subcommand("compress", "Write a file in the compressed block format");
+const tool::CommandFamily family("compress", [](tool::Command& program) {
+    tool::Command compress = program.Subcommand("compress", "Write a file in the compressed block format");
     const auto arguments = std::make_shared<Arguments>();
-    compress->add_option("input", arguments->input, "The file to read")->required();
-    compress->add_option("output", arguments->output, "The file to write")->required();
-    compress->add_flag("--overwrite", arguments->overwrite, "Replace an existing file");
-    auto* on = compress->add_flag("--progress", arguments->progress,
-                                  "Show a progress bar even when stderr is no terminal");
-    auto* off = compress->add_flag("--no-progress", arguments->noProgress, "Show no progress bar");
-    on->excludes(off);
-    compress->add_flag("-q,--quiet", arguments->quiet, "No progress bar and no summary; errors only");
-    compress->footer(
+    compress.Argument("input", arguments->input, "The file to read");
+    compress.Argument("output", arguments->output, "The file to write");
+    compress.Flag("--overwrite", arguments->overwrite, "Replace an existing file");
+    compress.Flag("--progress", arguments->progress, "Show a progress bar even when stderr is no terminal");
+    compress.Flag("--no-progress", arguments->noProgress, "Show no progress bar");
+    compress.Exclude("--progress", "--no-progress");
+    compress.Flag("-q,--quiet", arguments->quiet, "No progress bar and no summary; errors only");
+    compress.Footer(
         "This version has no command that reads the format; docs/compressed-blocks.md describes it.");
-    compress->callback([arguments] { Compress(*arguments); });
+    compress.Action([arguments] { Compress(*arguments); });
 });
 
 }  // namespace

@@ -180,19 +180,18 @@ void Transform(const ContainerArguments& arguments, Work work, const char* verb)
     }
 }
 
-void SetUpContainer(CLI::App& command, Work work, const char* verb) {
+void SetUpContainer(tool::Command command, Work work, const char* verb) {
     const auto arguments = std::make_shared<ContainerArguments>();
-    command.add_option("input", arguments->input, "The file to read")->required();
-    command.add_option("output", arguments->output, "The file to write; an older one is replaced at the end")
-        ->required();
-    command.add_option("--key-file", arguments->keyFile,
-                       "The file whose bytes, without one line feed at the end, are the key (1 to 56 bytes); "
-                       "without this option the terminal asks for it");
-    command.add_flag("-q,--quiet", arguments->quiet, "No summary; errors only");
-    command.footer(
+    command.Argument("input", arguments->input, "The file to read");
+    command.Argument("output", arguments->output, "The file to write; an older one is replaced at the end");
+    command.Option("--key-file", arguments->keyFile,
+                   "The file whose bytes, without one line feed at the end, are the key (1 to 56 bytes); "
+                   "without this option the terminal asks for it");
+    command.Flag("-q,--quiet", arguments->quiet, "No summary; errors only");
+    command.Footer(
         "Encrypted containers serve compatibility with the library's own files. They are no choice "
         "for new secrets; docs/encrypted-container.md says why.");
-    command.callback([arguments, work, verb] { Transform(*arguments, work, verb); });
+    command.Action([arguments, work, verb] { Transform(*arguments, work, verb); });
 }
 
 // ---- md5 ----
@@ -232,22 +231,21 @@ void PrintDigests(const std::vector<std::string>& paths) {
     if (failed > 0) throw Failure(tool::Grouped(failed) + " files could not be read");
 }
 
-void SetUpMD5(CLI::App& app) {
-    CLI::App* md5 = app.add_subcommand("md5", "Print the MD5 digests of files");
+void SetUpMD5(tool::Command md5) {
     const auto paths = std::make_shared<std::vector<std::string>>();
-    md5->add_option("files", *paths, "The files to read")->required();
-    md5->footer(
+    md5.Arguments("files", *paths, "The files to read");
+    md5.Footer(
         "For a size whose remainder by 64 is 56 to 63, the digest is this library's own value and not "
         "that of standard MD5.");
-    md5->callback([paths] { PrintDigests(*paths); });
+    md5.Action([paths] { PrintDigests(*paths); });
 }
 
-const tool::CommandFamily family("crypto", [](CLI::App& app) {
-    SetUpContainer(*app.add_subcommand("encrypt", "Write a file as an encrypted container"), QVCryptoEncode,
+const tool::CommandFamily family("crypto", [](tool::Command& program) {
+    SetUpContainer(program.Subcommand("encrypt", "Write a file as an encrypted container"), QVCryptoEncode,
                    "encrypted");
-    SetUpContainer(*app.add_subcommand("decrypt", "Write the plaintext of an encrypted container"),
+    SetUpContainer(program.Subcommand("decrypt", "Write the plaintext of an encrypted container"),
                    QVCryptoDecode, "decrypted");
-    SetUpMD5(app);
+    SetUpMD5(program.Subcommand("md5", "Print the MD5 digests of files"));
 });
 
 }  // namespace

@@ -79,7 +79,7 @@ void PrintCharset(void* parser, const std::string& path) {
 }
 
 void SetCharset(const Object& sheet, void* parser, const CharsetArguments& arguments) {
-    const QVEncodingInfo encoding = tool::EncodingNames().at(CLI::detail::to_lower(arguments.encoding));
+    const QVEncodingInfo encoding = tool::EncodingNames().at(arguments.encoding);
     void* created = QVCSSParserCreateCharSetElement(parser, encoding);
     if (created == nullptr) throw Failure(arguments.encoding + " has no name that a style sheet could use");
     const Object rule(created);
@@ -101,38 +101,42 @@ void Charset(const CharsetArguments& arguments) {
     SetCharset(sheet, parser.Get(), arguments);
 }
 
-const tool::CommandFamily family("css", [](CLI::App& app) {
-    CLI::App* css = app.add_subcommand("css", "Look into style sheets and name their encoding");
-    css->require_subcommand(1);
-
+void SetUpList(tool::Command list) {
     const auto sheet = std::make_shared<std::string>();
-    CLI::App* list = css->add_subcommand("list", "List the rules of a sheet");
-    list->add_option("SHEET", *sheet)->required();
-    list->callback([sheet] {
+    list.Argument("SHEET", *sheet, "");
+    list.Action([sheet] {
         const tool::LibrarySession session;
         List(*sheet);
     });
+}
 
+void SetUpShow(tool::Command show) {
+    const auto sheet = std::make_shared<std::string>();
     const auto selector = std::make_shared<std::string>();
-    CLI::App* show = css->add_subcommand("show", "Print the first rule that begins with a selector");
-    show->add_option("SHEET", *sheet)->required();
-    show->add_option("SELECTOR", *selector)->required();
-    show->callback([sheet, selector] {
+    show.Argument("SHEET", *sheet, "");
+    show.Argument("SELECTOR", *selector, "");
+    show.Action([sheet, selector] {
         const tool::LibrarySession session;
         Show(*sheet, *selector);
     });
+}
 
+void SetUpCharset(tool::Command charset) {
     const auto arguments = std::make_shared<CharsetArguments>();
-    CLI::App* charset =
-        css->add_subcommand("charset", "Print the @charset rule, or write the sheet with another one");
-    charset->add_option("SHEET", arguments->input)->required();
-    charset->add_option("OUT", arguments->output, "Standard output when left out");
-    charset->add_option("--set", arguments->encoding, "The encoding to name")
-        ->check(CLI::IsMember(tool::EncodingNames(), CLI::ignore_case));
-    charset->callback([arguments] {
+    charset.Argument("SHEET", arguments->input, "");
+    charset.Argument("OUT", arguments->output, "Standard output when left out", tool::Presence::kOptional);
+    charset.Option("--set", arguments->encoding, "The encoding to name", tool::EncodingNames());
+    charset.Action([arguments] {
         const tool::LibrarySession session;
         Charset(*arguments);
     });
+}
+
+const tool::CommandFamily family("css", [](tool::Command& program) {
+    tool::Command css = program.Subcommand("css", "Look into style sheets and name their encoding");
+    SetUpList(css.Subcommand("list", "List the rules of a sheet"));
+    SetUpShow(css.Subcommand("show", "Print the first rule that begins with a selector"));
+    SetUpCharset(css.Subcommand("charset", "Print the @charset rule, or write the sheet with another one"));
 });
 
 }  // namespace

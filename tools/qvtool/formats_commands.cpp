@@ -11,6 +11,7 @@
 namespace {
 
 using tool::Booleans;
+using tool::Command;
 using tool::Failure;
 using tool::Object;
 
@@ -20,28 +21,20 @@ struct Arguments {
     bool booleansAsNumbers = false;
 };
 
-// A subcommand with an input and an output, run inside a session of the library.
-CLI::App* AddCommand(CLI::App& app, const char* name, const char* description, const char* input,
-                     const char* output, void (*run)(const Arguments&)) {
-    const auto arguments = std::make_shared<Arguments>();
-    CLI::App* command = app.add_subcommand(name, description);
-    command->add_option(input, arguments->input)->required();
-    command->add_option(output, arguments->output, "- for standard output")->required();
-    if (std::string(name) == "pack") {
-        command->add_flag(
-            "--booleans-as-numbers", arguments->booleansAsNumbers,
-            "Store true and false as the numbers 1 and 0; the format cannot read booleans back");
-    }
-    command->callback([arguments, run] {
+// A command with an input and an output, run inside a session of the library.
+void SetUp(Command& command, const std::shared_ptr<Arguments>& arguments, const char* input,
+           const char* output, void (*run)(const Arguments&)) {
+    command.Argument(input, arguments->input, "");
+    command.Argument(output, arguments->output, "- for standard output");
+    command.Action([arguments, run] {
         const tool::LibrarySession session;
         run(*arguments);
     });
-    return command;
 }
 
 void Pack(const Arguments& arguments) {
     const Booleans booleans = arguments.booleansAsNumbers ? Booleans::kAsNumbers : Booleans::kRefuse;
-    const Object root = tool::ObjectFromJson(tool::ReadJson(arguments.input), booleans);
+    const Object root = tool::ReadJsonFile(arguments.input, booleans);
     const Object data(QVBinaryFormatCreateData(root.Get()));
     tool::WriteData(data.Get(), arguments.output);
 }
@@ -55,21 +48,30 @@ void Unpack(const Arguments& arguments) {
         throw Failure(arguments.input + ": " + tool::ResultText(code) + " before byte " +
                       std::to_string(QVStreamGetMarker(stream.Get())));
     }
-    const std::string text = tool::JsonFromObject(root).dump(2) + "\n";
+    const std::string text = tool::JsonText(root);
     const Object result(QVDataCreate(text.data(), text.size()));
     tool::WriteData(result.Get(), arguments.output);
 }
 
 void MakePropertyList(const Arguments& arguments) {
-    const Object root = tool::ObjectFromJson(tool::ReadJson(arguments.input), Booleans::kKeep);
+    const Object root = tool::ReadJsonFile(arguments.input, Booleans::kKeep);
     const Object data(QVPlistCreateData(root.Get()));
     tool::WriteData(data.Get(), arguments.output);
 }
 
-const tool::CommandFamily family("formats", [](CLI::App& app) {
-    AddCommand(app, "pack", "Turn JSON into the binary object format", "IN.json", "OUT", Pack);
-    AddCommand(app, "unpack", "Turn the binary object format into JSON", "IN", "OUT.json", Unpack);
-    AddCommand(app, "plist", "Turn JSON into an XML property list", "IN.json", "OUT.plist", MakePropertyList);
+void SetUpPack(Command pack) {
+    const auto arguments = std::make_shared<Arguments>();
+    SetUp(pack, arguments, "IN.json", "OUT", Pack);
+    pack.Flag("--booleans-as-numbers", arguments->booleansAsNumbers,
+              "Store true and false as the numbers 1 and 0; the format cannot read booleans back");
+}
+
+const tool::CommandFamily family("formats", [](Command& program) {
+    SetUpPack(program.Subcommand("pack", "Turn JSON into the binary object format"));
+    Command unpack = program.Subcommand("unpack", "Turn the binary object format into JSON");
+    SetUp(unpack, std::make_shared<Arguments>(), "IN", "OUT.json", Unpack);
+    Command plist = program.Subcommand("plist", "Turn JSON into an XML property list");
+    SetUp(plist, std::make_shared<Arguments>(), "IN.json", "OUT.plist", MakePropertyList);
 });
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <nlohmann/json.hpp>
 
 namespace tool {
 namespace {
@@ -117,6 +118,8 @@ json JsonFromNumber(void* number) {
     }
 }
 
+json JsonFromObject(void* object);
+
 std::string Utf8(void* string) {
     return QVStringGetUTF8String(string);
 }
@@ -155,12 +158,6 @@ json JsonFromDictionary(void* dictionary) {
     return value;
 }
 
-}  // namespace
-
-Object ObjectFromJson(const json& value, Booleans booleans) {
-    return Converter(booleans).Convert(value);
-}
-
 json JsonFromObject(void* object) {
     switch (QVGetTypeID(object)) {
         case QVTypeIDNumber:
@@ -180,7 +177,7 @@ json JsonFromObject(void* object) {
     }
 }
 
-json ReadJson(const std::string& path) {
+json ParseFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     if (!file) throw Failure(SystemText(path));
     try {
@@ -188,6 +185,16 @@ json ReadJson(const std::string& path) {
     } catch (const json::exception& error) {
         throw Failure(path + ": " + error.what());
     }
+}
+
+}  // namespace
+
+Object ReadJsonFile(const std::string& path, Booleans booleans) {
+    return Converter(booleans).Convert(ParseFile(path));
+}
+
+std::string JsonText(void* object) {
+    return JsonFromObject(object).dump(2) + "\n";
 }
 
 }  // namespace tool

@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 
 #include "commands.h"
-#include "tool.h"
 
 namespace tool {
 
@@ -11,12 +11,12 @@ std::vector<CommandFamily::Entry>& CommandFamily::Families() {
     return families;
 }
 
-void CommandFamily::SetUpAll(CLI::App& app) {
+void CommandFamily::SetUpAll(Command& program) {
     std::vector<Entry>& families = Families();
     std::sort(families.begin(), families.end(),
               [](const Entry& left, const Entry& right) { return left.name < right.name; });
     for (const Entry& family : families) {
-        family.setup(app);
+        family.setup(program);
     }
 }
 
@@ -24,11 +24,8 @@ void CommandFamily::SetUpAll(CLI::App& app) {
 
 int main(int argc, char** argv) {
     try {
-        CLI::App app{"Command-line access to QVFoundation", "qvtool"};
-        app.require_subcommand(1);
-        tool::CommandFamily::SetUpAll(app);
-        CLI11_PARSE(app, argc, argv);
-        return 0;
+        return tool::RunCommandLine(argc, argv, "qvtool", "Command-line access to QVFoundation",
+                                    tool::CommandFamily::SetUpAll);
     } catch (const std::exception& failure) {
         std::fflush(stdout);
         std::fprintf(stderr, "qvtool: %s\n", failure.what());

@@ -56,15 +56,15 @@ void Search(const Arguments& arguments) {
     std::printf("%lu\n", position);
 }
 
-const tool::CommandFamily family("search", [](CLI::App& app) {
-    CLI::App* search = app.add_subcommand(
+const tool::CommandFamily family("search", [](tool::Command& program) {
+    tool::Command search = program.Subcommand(
         "search", "Print where in a file the library's pattern search finds a run of bytes");
     const auto arguments = std::make_shared<Arguments>();
-    search->add_option("pattern", arguments->pattern, "The bytes to search for, as text")->required();
-    search->add_option("file", arguments->file, "The file to read")->required();
-    search->add_flag("--hex", arguments->hexadecimal, "The pattern is given as hexadecimal digits");
-    search->footer("The search may step over a place where the pattern stands; see QVPatternSearch.h.");
-    search->callback([arguments] { Search(*arguments); });
+    search.Argument("pattern", arguments->pattern, "The bytes to search for, as text");
+    search.Argument("file", arguments->file, "The file to read");
+    search.Flag("--hex", arguments->hexadecimal, "The pattern is given as hexadecimal digits");
+    search.Footer("The search may step over a place where the pattern stands; see QVPatternSearch.h.");
+    search.Action([arguments] { Search(*arguments); });
 });
 
 }  // namespace

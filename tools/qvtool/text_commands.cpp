@@ -1,5 +1,6 @@
 // qvtool convert | html
 
+#include <map>
 #include <memory>
 #include <string>
 
@@ -13,19 +14,26 @@ namespace {
 using tool::Failure;
 using tool::Object;
 
+const std::map<std::string, QVLineBreakType>& LineBreakNames() {
+    static const std::map<std::string, QVLineBreakType> names = {{"lf", static_cast<QVLineBreakType>(1)},
+                                                                 {"cr", static_cast<QVLineBreakType>(2)},
+                                                                 {"crlf", static_cast<QVLineBreakType>(3)}};
+    return names;
+}
+
 struct ConvertArguments {
     std::string input;
     std::string output;
-    QVEncodingInfo from = {};
-    QVEncodingInfo to = {};
+    std::string from;
+    std::string to;
+    std::string lineBreaks;
     bool skipMark = false;
     bool writeMark = false;
-    QVLineBreakType lineBreaks = static_cast<QVLineBreakType>(0);
 };
 
 Object Decode(const Object& data, const ConvertArguments& arguments) {
     if (QVDataGetSize(data.Get()) == 0) return Object(QVStringCreate());
-    QVEncodingInfo from = arguments.from;
+    QVEncodingInfo from = tool::EncodingNames().at(arguments.from);
     from.byteOrderMark = arguments.skipMark ? 1 : 0;
     void* text = QVStringCreateWithData(data.Get(), from);
     if (text == nullptr) throw Failure(arguments.input + ": the bytes are not valid in this encoding");
@@ -42,40 +50,26 @@ void ConvertLineBreaks(const Object& text, QVLineBreakType to) {
 
 void Convert(const ConvertArguments& arguments) {
     const Object text = Decode(tool::ReadData(arguments.input), arguments);
-    if (arguments.lineBreaks != 0) ConvertLineBreaks(text, arguments.lineBreaks);
-    QVEncodingInfo to = arguments.to;
+    if (!arguments.lineBreaks.empty()) ConvertLineBreaks(text, LineBreakNames().at(arguments.lineBreaks));
+    QVEncodingInfo to = tool::EncodingNames().at(arguments.to);
     to.byteOrderMark = arguments.writeMark ? 1 : 0;
     const Object data(QVStringMakeData(text.Get(), to));
     tool::WriteData(data.Get(), arguments.output);
 }
 
-void AddConvert(CLI::App& app) {
-    static const std::map<std::string, QVLineBreakType> kLineBreaks = {
-        {"lf", static_cast<QVLineBreakType>(1)},
-        {"cr", static_cast<QVLineBreakType>(2)},
-        {"crlf", static_cast<QVLineBreakType>(3)}};
+void SetUpConvert(tool::Command command) {
     const auto arguments = std::make_shared<ConvertArguments>();
-    const auto from = std::make_shared<std::string>();
-    const auto to = std::make_shared<std::string>();
-    const auto breaks = std::make_shared<std::string>();
-    CLI::App* command = app.add_subcommand("convert", "Convert a text from one encoding to another");
-    command->add_option("IN", arguments->input)->required();
-    command->add_option("OUT", arguments->output, "- for standard output")->required();
-    command->add_option("--from", *from, "The text's encoding")
-        ->required()
-        ->check(CLI::IsMember(tool::EncodingNames(), CLI::ignore_case));
-    command->add_option("--to", *to, "The encoding to write; what it cannot hold becomes a question mark")
-        ->required()
-        ->check(CLI::IsMember(tool::EncodingNames(), CLI::ignore_case));
-    command->add_option("--line-breaks", *breaks, "Make all line breaks alike")
-        ->check(CLI::IsMember(kLineBreaks, CLI::ignore_case));
-    command->add_flag("--skip-mark", arguments->skipMark,
-                      "Skip the byte-order mark that the text begins with");
-    command->add_flag("--write-mark", arguments->writeMark, "Write a byte-order mark");
-    command->callback([=] {
-        arguments->from = tool::EncodingNames().at(CLI::detail::to_lower(*from));
-        arguments->to = tool::EncodingNames().at(CLI::detail::to_lower(*to));
-        if (!breaks->empty()) arguments->lineBreaks = kLineBreaks.at(CLI::detail::to_lower(*breaks));
+    command.Argument("IN", arguments->input, "");
+    command.Argument("OUT", arguments->output, "- for standard output");
+    command.Option("--from", arguments->from, "The text's encoding", tool::EncodingNames(),
+                   tool::Presence::kRequired);
+    command.Option("--to", arguments->to,
+                   "The encoding to write; what it cannot hold becomes a question mark",
+                   tool::EncodingNames(), tool::Presence::kRequired);
+    command.Option("--line-breaks", arguments->lineBreaks, "Make all line breaks alike", LineBreakNames());
+    command.Flag("--skip-mark", arguments->skipMark, "Skip the byte-order mark that the text begins with");
+    command.Flag("--write-mark", arguments->writeMark, "Write a byte-order mark");
+    command.Action([arguments] {
         const tool::LibrarySession session;
         Convert(*arguments);
     });
@@ -87,23 +81,26 @@ struct HtmlArguments {
     bool limited = false;
 };
 
-void AddHtml(CLI::App& app) {
+void Html(const HtmlArguments& arguments) {
+    const Object text = tool::ReadText(arguments.input);
+    void* replaced = QVStringByReplacingToHTMLCharSet(text.Get(), arguments.limited ? 1 : 0);
+    tool::WriteText(Object(QVRetain(replaced)).Get(), arguments.output);
+}
+
+void SetUpHtml(tool::Command command) {
     const auto arguments = std::make_shared<HtmlArguments>();
-    CLI::App* command = app.add_subcommand("html", "Replace characters of a UTF-8 text by HTML entities");
-    command->add_option("IN", arguments->input)->required();
-    command->add_option("OUT", arguments->output, "Standard output when left out");
-    command->add_flag("--limited", arguments->limited, "Replace the four characters of markup only");
-    command->callback([arguments] {
+    command.Argument("IN", arguments->input, "");
+    command.Argument("OUT", arguments->output, "Standard output when left out", tool::Presence::kOptional);
+    command.Flag("--limited", arguments->limited, "Replace the four characters of markup only");
+    command.Action([arguments] {
         const tool::LibrarySession session;
-        const Object text = tool::ReadText(arguments->input);
-        void* replaced = QVStringByReplacingToHTMLCharSet(text.Get(), arguments->limited ? 1 : 0);
-        tool::WriteText(Object(QVRetain(replaced)).Get(), arguments->output);
+        Html(*arguments);
     });
 }
 
-const tool::CommandFamily family("text", [](CLI::App& app) {
-    AddConvert(app);
-    AddHtml(app);
+const tool::CommandFamily family("text", [](tool::Command& program) {
+    SetUpConvert(program.Subcommand("convert", "Convert a text from one encoding to another"));
+    SetUpHtml(program.Subcommand("html", "Replace characters of a UTF-8 text by HTML entities"));
 });
 
 }  // namespace
