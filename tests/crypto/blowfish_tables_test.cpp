@@ -26,7 +26,7 @@ TEST(BlowfishTables, SourceIsWhatTheGeneratorWrites) {
     std::ifstream file(BLOWFISH_TABLES_SOURCE);
     const std::string source{std::istreambuf_iterator<char>(file), {}};
     EXPECT_TRUE(source == blowfish_tables::TablesSource())
-        << "run build/<preset>/tools/blowfish_tables > src/crypto/blowfish_tables.cpp";
+        << "run build/<preset>/tools/blowfish_tables/blowfish_tables > src/crypto/blowfish_tables.cpp";
 }
 
 // Bailey, Borwein and Plouffe give any hexadecimal digit of pi without those before it.

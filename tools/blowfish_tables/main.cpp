@@ -1,5 +1,5 @@
 // Writes the Blowfish starting tables to standard output:
-//     blowfish_tables > src/crypto/blowfish_tables.cpp
+//     build/<preset>/tools/blowfish_tables/blowfish_tables > src/crypto/blowfish_tables.cpp
 
 #include <cstdio>
 
