@@ -61,7 +61,7 @@ std::size_t CountBits(const std::vector<Code>& codes) {
                            [](std::size_t sum, const Code& code) { return sum + code.length; });
 }
 
-// Collects bits from the top of 64 and writes them eight bytes at a time.
+// Collects bits from the top of 64 and writes them four bytes at a time.
 std::size_t PutPlain(const std::vector<Code>& codes, std::uint8_t* out) {
     std::uint8_t* to = out;
     std::uint64_t collected = 0;
@@ -147,7 +147,11 @@ Comparison CompareGettingCodes() {
         for (const Code& code : codes) {
             std::uint8_t buffer[2] = {};
             QVInputBitStreamGetBits(stream.get(), buffer, code.length, nullptr, 1);
-            sum = sum * 3 + ((buffer[0] << 8U | buffer[1]) >> (16 - code.length));
+            // Byte by byte, as they were written: one load of both would have to wait until both stores are
+            // in the cache.
+            unsigned first = buffer[0];
+            Keep(first);
+            sum = sum * 3 + ((first << 8U | buffer[1]) >> (16 - code.length));
         }
         return sum;
     };

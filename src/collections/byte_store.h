@@ -48,6 +48,12 @@ public:
     }
     void Append(const void* source, std::size_t count) { Write(size_, source, count); }
 
+    // The room behind the last byte. Bytes that have been written there can be added as they are; until then
+    // they belong to nobody.
+    [[nodiscard]] std::size_t SpareSize() const noexcept { return capacity_ - size_; }
+    [[nodiscard]] std::uint8_t* Spare() const noexcept { return bytes_ + size_; }
+    void AddSpare(std::size_t count) noexcept { size_ += count; }
+
 private:
     void GrowAndWrite(std::size_t offset, const void* source, std::size_t count);
     void Grow(std::size_t size);

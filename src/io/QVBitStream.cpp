@@ -16,8 +16,8 @@ int PutValue(void* stream, std::uint32_t value, unsigned width, unsigned long bi
              unsigned long* done) noexcept {
     return With<Output>(stream, int{QVErrParam}, [=](Output& s) {
         if (bits > width) return QVErrParam;
-        s.PutValue(value, width, bits);
         if (done != nullptr) *done = bits;
+        s.PutValue(value, width, bits);
         return QVNoErr;
     });
 }

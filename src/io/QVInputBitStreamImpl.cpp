@@ -1,34 +1,29 @@
 #include "io/QVInputBitStreamImpl.h"
 
-#include <algorithm>
 #include <cstring>
 
 #include <QVFoundation/QVData.h>
 
-#include "io/bit_runs.h"
+#include "collections/raw_data.h"
 
 QVInputBitStreamImpl::QVInputBitStreamImpl(void* data, std::uint64_t numberOfBits) noexcept
-    : data_(qv::Owned::Retaining(data)), numberOfBits_(numberOfBits) {
+    : data_(qv::Owned::Retaining(data)), numberOfBits_(numberOfBits), ownedBytes_(qv::OwnedBytes(data)) {
     MoveTo(0, GetSource());
 }
 
 void QVInputBitStreamImpl::SetInputData(void* data, std::uint64_t numberOfBits) noexcept {
     if (data == data_.Get()) return;
     data_ = qv::Owned::Retaining(data);
+    ownedBytes_ = qv::OwnedBytes(data);
     numberOfBits_ = numberOfBits;
     MoveTo(0, GetSource());
 }
 
 QVInputBitStreamImpl::Source QVInputBitStreamImpl::GetSource() const noexcept {
+    if (ownedBytes_ != nullptr) return GetOwnedSource();
     if (!data_) return {nullptr, 0};
     const auto* bytes = static_cast<const std::uint8_t*>(QVDataGetImutableBuffer(data_.Get()));
     return {bytes, bytes == nullptr ? 0 : QVDataGetSize(data_.Get())};
-}
-
-std::uint64_t QVInputBitStreamImpl::CountReadable(const Source& source) const noexcept {
-    const std::uint64_t end = std::min<std::uint64_t>(numberOfBits_, source.size * 8);
-    const std::uint64_t marker = GetMarker();
-    return end > marker ? end - marker : 0;
 }
 
 void QVInputBitStreamImpl::MoveTo(std::uint64_t marker, const Source& source) noexcept {
@@ -38,8 +33,9 @@ void QVInputBitStreamImpl::MoveTo(std::uint64_t marker, const Source& source) no
     currentByte_ = byteIndex_ < source.size ? source.bytes + byteIndex_ : nullptr;
 }
 
-int QVInputBitStreamImpl::GetBits(std::uint8_t* buffer, unsigned long bits, unsigned long* done,
-                                  bool exact) noexcept {
+// Any number of bits, in either mode.
+int QVInputBitStreamImpl::GetRun(std::uint8_t* buffer, unsigned long bits, unsigned long* done,
+                                 bool exact) noexcept {
     const Source source = GetSource();
     const auto count = static_cast<unsigned long>(std::min<std::uint64_t>(bits, CountReadable(source)));
     const std::size_t wholeBytes = count / 8;
@@ -61,14 +57,6 @@ int QVInputBitStreamImpl::FutureBits(std::uint8_t* buffer, unsigned long bits, u
     const int result = GetBits(buffer, bits, done, exact);
     SetMarker(0, static_cast<long long>(marker));
     return result;
-}
-
-bool QVInputBitStreamImpl::GetOneBit() noexcept {
-    const Source source = GetSource();
-    if (CountReadable(source) == 0) return false;
-    const bool bit = (source.bytes[byteIndex_] & 0x80 >> bitIndex_) != 0;
-    MoveTo(GetMarker() + 1, source);
-    return bit;
 }
 
 std::uint64_t QVInputBitStreamImpl::SetMarker(int origin, long long offset) noexcept {

@@ -1,11 +1,14 @@
 // Reading Data bit by bit.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include <QVFoundation/QVObject.h>
 
+#include "collections/byte_store.h"
 #include "io/bit_position.h"
+#include "io/bit_runs.h"
 #include "runtime/Owned.h"
 #include "runtime/QVCBase.h"
 
@@ -37,9 +40,22 @@ private:
         std::uint64_t size;
     };
     [[nodiscard]] Source GetSource() const noexcept;
+    [[nodiscard]] Source GetOwnedSource() const noexcept {
+        return {ownedBytes_->Bytes(), ownedBytes_->Size()};
+    }
     // The bits that can be read from the marker on.
-    [[nodiscard]] std::uint64_t CountReadable(const Source& source) const noexcept;
+    [[nodiscard]] std::uint64_t CountReadable(const Source& source) const noexcept {
+        const std::uint64_t end = std::min<std::uint64_t>(numberOfBits_, source.size * 8);
+        const std::uint64_t marker = GetMarker();
+        return end > marker ? end - marker : 0;
+    }
     void MoveTo(std::uint64_t marker, const Source& source) noexcept;
+    void MoveOn(unsigned bits, const Source& source) noexcept;
+    [[nodiscard]] bool GetCode(std::uint8_t* buffer, unsigned long bits) noexcept;
+    [[gnu::noinline]] int GetRun(std::uint8_t* buffer, unsigned long bits, unsigned long* done,
+                                 bool exact) noexcept;
+    [[nodiscard]] bool GetOneBitFrom(const Source& source) noexcept;
+    [[nodiscard, gnu::noinline]] bool GetOneLentBit() noexcept { return GetOneBitFrom(GetSource()); }
 
     qv::Owned data_;
     std::uint64_t numberOfBits_;
@@ -49,4 +65,48 @@ private:
     const std::uint8_t* currentByte_ = nullptr;
     std::uint32_t bitIndex_ = 0;
     std::int32_t bitStoreMode_ = 1;
+    // Where the Data has its bytes, so that they are found without a call; null when they are not its own.
+    const qv::ByteStore* ownedBytes_;
 };
+
+// What runs once a code or once a bit is inline and has nothing to save across a call. No branch in it
+// depends on the bits read.
+
+inline void QVInputBitStreamImpl::MoveOn(unsigned bits, const Source& source) noexcept {
+    const unsigned total = bitIndex_ + bits;
+    byteIndex_ += total / 8;
+    bitIndex_ = total % 8;
+    currentByte_ = byteIndex_ < source.size ? source.bytes + byteIndex_ : nullptr;
+}
+
+// Reads up to 16 bits that are all there. False, and nothing done, in every other case.
+inline bool QVInputBitStreamImpl::GetCode(std::uint8_t* buffer, unsigned long bits) noexcept {
+    constexpr unsigned kMost = 16;
+    if (bits == 0 || bits > kMost || bitStoreMode_ == 0 || ownedBytes_ == nullptr) return false;
+    const Source source = GetOwnedSource();
+    // Four whole bytes are loaded.
+    if (CountReadable(source) < bits || source.size - byteIndex_ < 4) return false;
+    const auto count = static_cast<unsigned>(bits);
+    const std::uint32_t code = qv::LoadCode(source.bytes + byteIndex_, bitIndex_, count);
+    MoveOn(count, source);
+    qv::StoreCode(code, buffer, count);
+    return true;
+}
+
+inline int QVInputBitStreamImpl::GetBits(std::uint8_t* buffer, unsigned long bits, unsigned long* done,
+                                         bool exact) noexcept {
+    if (!GetCode(buffer, bits)) return GetRun(buffer, bits, done, exact);
+    if (done != nullptr) *done = bits;
+    return QVNoErr;
+}
+
+inline bool QVInputBitStreamImpl::GetOneBitFrom(const Source& source) noexcept {
+    if (CountReadable(source) == 0) return false;
+    const bool bit = (source.bytes[byteIndex_] << bitIndex_ & 0x80) != 0;
+    MoveOn(1, source);
+    return bit;
+}
+
+inline bool QVInputBitStreamImpl::GetOneBit() noexcept {
+    return ownedBytes_ != nullptr ? GetOneBitFrom(GetOwnedSource()) : GetOneLentBit();
+}

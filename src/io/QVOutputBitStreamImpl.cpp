@@ -1,20 +1,19 @@
 #include "io/QVOutputBitStreamImpl.h"
 
-#include <algorithm>
-
 #include <QVFoundation/QVData.h>
 
-#include "base/big_endian.h"
+#include "collections/raw_data.h"
 #include "io/bit_runs.h"
 
 QVOutputBitStreamImpl::QVOutputBitStreamImpl(void* data, std::uint64_t numberOfBits) noexcept
-    : data_(qv::Owned::Retaining(data)), numberOfBits_(numberOfBits) {
+    : data_(qv::Owned::Retaining(data)), numberOfBits_(numberOfBits), ownedBytes_(qv::OwnedBytes(data)) {
     if (numberOfBits != 0) currentByte_ = ByteAt(0);
 }
 
 void QVOutputBitStreamImpl::SetOutputData(void* data, std::uint64_t numberOfBits) noexcept {
     if (data == data_.Get()) return;
     data_ = qv::Owned::Retaining(data);
+    ownedBytes_ = qv::OwnedBytes(data);
     numberOfBits_ = numberOfBits;
     byteIndex_ = 0;
     bitIndex_ = 0;
@@ -25,18 +24,29 @@ void QVOutputBitStreamImpl::SetOutputData(void* data, std::uint64_t numberOfBits
 // appended.
 bool QVOutputBitStreamImpl::WriteBytes(const std::uint8_t* bytes, unsigned long count) noexcept {
     if (!data_) return false;
+    if (ownedBytes_ != nullptr && byteIndex_ <= ownedBytes_->Size() &&
+        ownedBytes_->WriteInRoom(static_cast<std::size_t>(byteIndex_), bytes, count)) {
+        return true;
+    }
     if (byteIndex_ >= QVDataGetSize(data_.Get())) return QVDataAppendBuffer(data_.Get(), bytes, count) != 0;
     return QVDataSetBytes(data_.Get(), bytes, static_cast<unsigned long>(byteIndex_), count) != 0;
 }
 
 std::uint8_t QVOutputBitStreamImpl::ByteAt(std::uint64_t index) const noexcept {
+    if (ownedBytes_ != nullptr)
+        return index < ownedBytes_->Size() ? ownedBytes_->Bytes()[index] : std::uint8_t{0};
     if (index >= QVDataGetSize(data_.Get())) return 0;
     const auto* bytes = static_cast<const std::uint8_t*>(QVDataGetImutableBuffer(data_.Get()));
     return bytes == nullptr ? std::uint8_t{0} : bytes[index];
 }
 
-void QVOutputBitStreamImpl::RaiseNumberOfBits() noexcept {
-    numberOfBits_ = std::max(numberOfBits_, GetMarker());
+// Writes the full byte and goes on to the next one. Bits of the Data that are not written over are kept.
+void QVOutputBitStreamImpl::FinishCurrentByte() noexcept {
+    Flush();
+    bitIndex_ = 0;
+    ++byteIndex_;
+    currentByte_ = ByteAt(byteIndex_);
+    RaiseNumberOfBits();
 }
 
 // The bits put into the current byte so far, at its top as they stand once the byte is full.
@@ -59,8 +69,8 @@ void QVOutputBitStreamImpl::FillCurrentByte(std::uint64_t word, unsigned count) 
     bitIndex_ += count;
 }
 
-// Writes the top `count` (0 .. 56) bits of the word. Every byte that gets full goes into the Data.
-void QVOutputBitStreamImpl::PutTopBits(std::uint64_t word, unsigned count) noexcept {
+// The same as PutTopBits wherever the byte index is and in either mode.
+void QVOutputBitStreamImpl::PutTopBitsAnywhere(std::uint64_t word, unsigned count) noexcept {
     const unsigned total = bitIndex_ + count;
     if (total < 8) {
         FillCurrentByte(word, count);
@@ -89,13 +99,6 @@ void QVOutputBitStreamImpl::PutBits(const std::uint8_t* buffer, unsigned long bi
     if (bits > 0)
         PutTopBits(qv::LoadBits(buffer, 0, static_cast<unsigned>(bits)), static_cast<unsigned>(bits));
     RaiseNumberOfBits();  // also for 0 bits, where the marker may have been set beyond
-}
-
-void QVOutputBitStreamImpl::PutValue(std::uint32_t value, unsigned width, unsigned long bits) noexcept {
-    if (bits == 0) return RaiseNumberOfBits();
-    // Only mode 1 itself aligns the value; in any other mode its top bits are written.
-    const auto shift = bitStoreMode_ == 1 ? 64 - static_cast<unsigned>(bits) : 64 - width;
-    PutTopBits(std::uint64_t{value} << shift, static_cast<unsigned>(bits));
 }
 
 void QVOutputBitStreamImpl::MoveTo(std::uint64_t marker) noexcept {

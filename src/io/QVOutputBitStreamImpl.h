@@ -5,6 +5,8 @@
 
 #include <QVFoundation/QVObject.h>
 
+#include "base/big_endian.h"
+#include "collections/byte_store.h"
 #include "io/bit_position.h"
 #include "runtime/Owned.h"
 #include "runtime/QVCBase.h"
@@ -20,7 +22,7 @@ public:
     void SetOutputData(void* data, std::uint64_t numberOfBits) noexcept;
     [[nodiscard]] void* GetOutputData() const noexcept { return data_.Get(); }
     void PutBits(const std::uint8_t* buffer, unsigned long bits) noexcept;
-    void PutOneBit(bool bit) noexcept { PutTopBits(std::uint64_t{bit} << 63, 1); }
+    void PutOneBit(bool bit) noexcept;
     // Writes `bits` bits, at most `width`, of a value of `width` (8, 16 or 32) bits.
     void PutValue(std::uint32_t value, unsigned width, unsigned long bits) noexcept;
     [[nodiscard]] std::uint64_t GetNumberOfBits() const noexcept { return numberOfBits_; }
@@ -35,12 +37,17 @@ public:
 
 private:
     void PutTopBits(std::uint64_t word, unsigned count) noexcept;
+    [[nodiscard]] bool AppendTopBits(std::uint64_t word, unsigned count) noexcept;
+    [[gnu::noinline]] void PutTopBitsAnywhere(std::uint64_t word, unsigned count) noexcept;
     void FillCurrentByte(std::uint64_t word, unsigned count) noexcept;
     [[nodiscard]] std::uint8_t PutBitsOfCurrentByte() const noexcept;
+    [[gnu::noinline]] void FinishCurrentByte() noexcept;
     bool WriteBytes(const std::uint8_t* bytes, unsigned long count) noexcept;
     [[nodiscard]] std::uint8_t ByteAt(std::uint64_t index) const noexcept;
     void MoveTo(std::uint64_t marker) noexcept;
-    void RaiseNumberOfBits() noexcept;
+    void RaiseNumberOfBits() noexcept {
+        if (GetMarker() > numberOfBits_) numberOfBits_ = GetMarker();
+    }
 
     qv::Owned data_;
     std::uint64_t numberOfBits_;
@@ -48,4 +55,53 @@ private:
     std::uint32_t bitIndex_ = 0;
     std::uint8_t currentByte_ = 0;
     std::int32_t bitStoreMode_ = 1;
+    // Where the Data has its bytes, so that they are found without a call; null when they are not its own.
+    qv::ByteStore* ownedBytes_;
 };
+
+// What runs once a code or once a bit is inline and has nothing to save across a call.
+
+// The usual case: the byte being assembled comes behind the Data's end and nothing stands in it but the bits
+// put so far. Full bytes are the Data's at once. No branch depends on how many there are, which would be hard
+// to predict. False, and nothing done, in every other case.
+inline bool QVOutputBitStreamImpl::AppendTopBits(std::uint64_t word, unsigned count) noexcept {
+    if (ownedBytes_ == nullptr || bitStoreMode_ == 0) return false;
+    if (byteIndex_ != ownedBytes_->Size() || ownedBytes_->SpareSize() < sizeof word) return false;
+    if ((currentByte_ & 0xFF >> bitIndex_) != 0) return false;
+    const std::uint64_t all = std::uint64_t{currentByte_} << 56 | word >> bitIndex_;
+    const unsigned total = bitIndex_ + count;
+    const unsigned fullBytes = total / 8;
+    qv::StoreBig64(all, ownedBytes_->Spare());
+    ownedBytes_->AddSpare(fullBytes);
+    byteIndex_ += fullBytes;
+    bitIndex_ = total % 8;
+    currentByte_ = static_cast<std::uint8_t>(all << 8 * fullBytes >> 56);
+    return true;
+}
+
+// Writes the top `count` (1 .. 56) bits of the word; the bits below are zero.
+inline void QVOutputBitStreamImpl::PutTopBits(std::uint64_t word, unsigned count) noexcept {
+    if (!AppendTopBits(word, count)) return PutTopBitsAnywhere(word, count);
+    RaiseNumberOfBits();
+}
+
+inline void QVOutputBitStreamImpl::PutValue(std::uint32_t value, unsigned width,
+                                            unsigned long bits) noexcept {
+    if (bits == 0) return RaiseNumberOfBits();
+    const auto count = static_cast<unsigned>(bits);
+    const unsigned unused = 64 - count;
+    if (bitStoreMode_ == 1) return PutTopBits(std::uint64_t{value} << unused, count);
+    // Only mode 1 itself aligns the value; in any other mode its top bits are written.
+    PutTopBitsAnywhere(std::uint64_t{value} << (64 - width) >> unused << unused, count);
+}
+
+inline void QVOutputBitStreamImpl::PutOneBit(bool bit) noexcept {
+    if (bitStoreMode_ == 0) {
+        currentByte_ = static_cast<std::uint8_t>(currentByte_ << 1 | unsigned{bit});
+    } else {
+        const unsigned mask = 0x80u >> bitIndex_;
+        currentByte_ = static_cast<std::uint8_t>((currentByte_ & ~mask) | (bit ? mask : 0));
+    }
+    if (++bitIndex_ == 8) return FinishCurrentByte();
+    RaiseNumberOfBits();
+}

@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "base/big_endian.h"
+
 namespace qv {
 
 // The `count` (1 .. 57) bits from bit `first` (0 .. 7) of the first byte on, at the top; the bits below are
@@ -15,6 +17,21 @@ namespace qv {
     for (unsigned i = 0; i < size; ++i)
         word |= std::uint64_t{bytes[i]} << (56 - 8 * i);
     return word << first & ~std::uint64_t{0} << (64 - count);
+}
+
+// The `count` (1 .. 16) bits from bit `first` (0 .. 7) of the first of four readable bytes on, at the top;
+// the bits below are zero.
+[[nodiscard]] inline std::uint32_t LoadCode(const std::uint8_t* bytes, unsigned first,
+                                            unsigned count) noexcept {
+    return LoadBig32(bytes) << first & ~std::uint32_t{0} << (32 - count);
+}
+
+// Fills the one or two bytes that the top `count` (1 .. 16) bits take. The second store goes to the first
+// byte when there is no second one: which it is would be hard to predict.
+inline void StoreCode(std::uint32_t code, std::uint8_t* target, unsigned count) noexcept {
+    const unsigned last = (count - 1) / 8;
+    target[0] = static_cast<std::uint8_t>(code >> 24);
+    target[last] = static_cast<std::uint8_t>(code >> (24 - 8 * last));
 }
 
 // Copies `count` bits from bit `first` (0 .. 7) of the source's first byte on to the start of the target. The

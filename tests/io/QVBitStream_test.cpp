@@ -116,7 +116,9 @@ TEST(InputBitStream, ReadsWhatThePlainModelReads) {
             byte = static_cast<std::uint8_t>(random());
         const std::uint64_t numberOfBits =
             random() % 8 == 0 ? random() % 400 : random() % (8 * bytes.size() + 1);
-        Owned data = MakeData(bytes);
+        const bool owned = random() % 2 == 0;
+        Bytes lent = bytes;
+        Owned data = owned ? MakeData(bytes) : Owned{QVDataCreateNoCopy(lent.data(), lent.size(), 0)};
         Owned stream{QVInputBitStreamCreateWithData(data.Get(), numberOfBits)};
         model::InputBits plain(bytes, numberOfBits);
         for (int step = 0; step < 20; ++step) {
@@ -128,6 +130,11 @@ TEST(InputBitStream, ReadsWhatThePlainModelReads) {
             unsigned long gotDone = 99;
             unsigned long expectedDone = 99;
             const bool exact = random() % 2 == 0;
+            if (owned && random() % 16 == 0) {
+                // Another user of the Data changes it.
+                bytes.resize(random() % 40);
+                ASSERT_TRUE(QVDataSetSize(data.Get(), static_cast<unsigned long>(bytes.size())));
+            }
             switch (random() % 6) {
                 case 0: {
                     const int origin = static_cast<int>(random() % 4);
@@ -277,6 +284,11 @@ TEST(OutputBitStream, WritesWhatThePlainModelWrites) {
                 unsigned long gotDone = 99;
                 unsigned long expectedDone = 99;
                 const auto value = static_cast<std::uint32_t>(random());
+                if (random() % 24 == 0) {
+                    // Another user of the Data changes it.
+                    expected.resize(random() % 40);
+                    ASSERT_TRUE(QVDataSetSize(data.Get(), static_cast<unsigned long>(expected.size())));
+                }
                 switch (random() % 10) {
                     case 0: {
                         const int origin = static_cast<int>(random() % 4);
