@@ -70,7 +70,8 @@ QV_EXPORT void* QVStringCreateWithData(void* data, QVEncodingInfo info) QV_NOTHR
 
 /**
  * The string in UTF-8, followed by one 0 byte; never has a mark. The bytes live in the calling thread's top
- * temporary pool. A null string gives an empty text; null only when memory runs out.
+ * temporary pool. A null string gives an empty text. When memory runs out the text is empty as well, or null
+ * when not even the 0 can be had.
  */
 QV_EXPORT const char* QVStringGetUTF8String(void* string) QV_NOTHROW;
 

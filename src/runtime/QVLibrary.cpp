@@ -14,11 +14,13 @@ namespace {
 constinit int initialisationCount = 0;
 constinit void* singletons = nullptr;
 
-// The registry keeps the object; the reference of its creation goes with the pool. An object that could not
-// be made stays absent.
+// The registry keeps the object; the reference of its creation goes with the pool, or at once when the pool
+// could not be made. An object that could not be made stays absent.
 void Share(void* created, const wchar_t* key) {
-    void* object = QVTEMPOBJ(created);
-    if (object != nullptr) QVSingletonSetObject(object, key);
+    if (created == nullptr) return;
+    QVSingletonSetObject(created, key);
+    const bool hasPool = QVTemporaryObjectsPoolGetFrontPool() != nullptr;
+    hasPool ? (void)QVTEMPOBJ(created) : QVRelease(created);
 }
 
 }  // namespace
