@@ -68,6 +68,7 @@ TEST(LibraryEnd, LeavesNothingBehind) {
 TEST(LibraryStart, SurvivesEveryFailingAllocation) {
     const std::size_t before = qvtest::LiveAllocations();
     qvtest::LogCapture log;
+    const qvtest::ExpectedLeaks counted;
     const std::size_t failures = qvtest::FailEachAllocation([] {
         EXPECT_EQ(QVFoundationInit(), 0);
         EXPECT_EQ(QVFoundationExit(), 0);
