@@ -12,10 +12,10 @@ struct Outcome {
     std::string output;  // stdout and stderr
 };
 
-// The arguments go through the shell, as a user's do. The output is no terminal.
-inline Outcome Qvtool(const std::string& arguments) {
+// Runs a line of the shell. The output is no terminal.
+inline Outcome Shell(const std::string& line) {
     Outcome outcome;
-    std::FILE* pipe = popen((QVTOOL " " + arguments + " 2>&1").c_str(), "r");
+    std::FILE* pipe = popen(("exec 2>&1; " + line).c_str(), "r");
     if (pipe == nullptr) return outcome;
     char buffer[4096];
     for (std::size_t size = 0; (size = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) {
@@ -24,6 +24,11 @@ inline Outcome Qvtool(const std::string& arguments) {
     const int status = pclose(pipe);
     outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     return outcome;
+}
+
+// The arguments go through the shell, as a user's do.
+inline Outcome Qvtool(const std::string& arguments) {
+    return Shell(QVTOOL " " + arguments);
 }
 
 inline bool Says(const Outcome& outcome, const std::string& text) {

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <stdlib.h>
 #include <string>
 #include <unistd.h>
@@ -19,7 +20,9 @@
 #include "extraction_folder.h"
 #include "file_walk.h"
 #include "member_index.h"
+#include "output.h"
 #include "progress.h"
+#include "progress_switches.h"
 #include "tool.h"
 
 namespace {
@@ -31,24 +34,8 @@ using tool::Failure;
 using tool::Member;
 
 constexpr unsigned int kRootID = 1;
-
-struct Switches {
-    bool progress = false;
-    bool noProgress = false;
-    bool quiet = false;
-
-    [[nodiscard]] tool::ProgressMode Mode() const {
-        if (quiet || noProgress) return tool::ProgressMode::kNever;
-        return progress ? tool::ProgressMode::kAlways : tool::ProgressMode::kWhenTerminal;
-    }
-};
-
-void AddSwitches(Command& command, Switches& switches) {
-    command.Flag("--progress", switches.progress, "Show a progress bar even when stderr is no terminal");
-    command.Flag("--no-progress", switches.noProgress, "Show no progress bar");
-    command.Exclude("--progress", "--no-progress");
-    command.Flag("-q,--quiet", switches.quiet, "No progress bar, no notes and no summary; errors only");
-}
+// From here on a single file takes long enough to be watched.
+constexpr std::uint64_t kWatchedSize = 16 << 20;
 
 double SecondsSince(std::chrono::steady_clock::time_point start) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
@@ -77,12 +64,12 @@ private:
 // ---- create ----
 
 struct CreateArguments {
-    std::string archive;
+    tool::Output archive;
     std::vector<std::string> paths;
     bool compress = false;
     bool noIndex = false;
     bool verbose = false;
-    Switches switches;
+    tool::ProgressSwitches switches;
 };
 
 // A folder of our own for the index's text, gone at the end.
@@ -108,19 +95,22 @@ private:
 
 class ArchiveMaker final {
 public:
-    explicit ArchiveMaker(const CreateArguments& arguments)
-        : arguments_(arguments), archive_(QVArchiveCreate()), options_(QVDictionaryCreate()) {
+    // Starts the archive at `path`, with room for so many files.
+    ArchiveMaker(const CreateArguments& arguments, const std::string& path, std::size_t fileCount)
+        : arguments_(arguments), path_(path), archive_(QVArchiveCreate()), options_(QVDictionaryCreate()) {
         SetCompression(arguments.compress);
-    }
-
-    void Start(std::size_t fileCount) {
-        const tool::Object path = tool::PathText(arguments_.archive);
-        tool::Require(QVArchiveNew(archive_.Get(), path.Get(), options_.Get()), arguments_.archive);
+        const tool::Object text = tool::PathText(path);
+        tool::Require(QVArchiveNew(archive_.Get(), text.Get(), options_.Get()), arguments_.archive.path);
         tool::Require(QVArchiveMakeRootDirectory(archive_.Get(), static_cast<unsigned long>(fileCount)),
-                      arguments_.archive + ": the root directory");
+                      RootName());
     }
 
-    void Add(const tool::FoundFile& file) {
+    // Throws a Failure that names the file; the archive stays as it was then.
+    void Add(const tool::FoundFile& file, tool::Progress& progress) {
+        // One call stores the file, and the archive grows as it does; a compressed body grows at its own
+        // pace.
+        std::optional<tool::GrowthWatch> watch;
+        if (!arguments_.compress && file.size >= kWatchedSize) watch.emplace(path_, progress);
         const unsigned int id = AddFile(file.path);
         members_.push_back({id, arguments_.compress, file.mode, file.size, file.name});
     }
@@ -131,8 +121,7 @@ public:
             const tool::Object number(QVNumberCreateWithUInt32(member.id));
             QVArrayAddObject(ids.Get(), number.Get());
         }
-        tool::Require(QVArchiveAddItemIntoDirectory(archive_.Get(), kRootID, ids.Get()),
-                      arguments_.archive + ": the root directory");
+        tool::Require(QVArchiveAddItemIntoDirectory(archive_.Get(), kRootID, ids.Get()), RootName());
     }
 
     // The index is never compressed, so that it can tell which of the others are.
@@ -149,8 +138,6 @@ public:
         AddFile(folder.FilePath());
     }
 
-    [[nodiscard]] std::size_t Count() const { return members_.size(); }
-
 private:
     void SetCompression(bool on) {
         const tool::Object value(QVNumberCreateWithBool(on ? 1 : 0));
@@ -161,11 +148,14 @@ private:
         const tool::Object text = tool::PathText(path);
         unsigned int id = 0;
         const int result = QVArchiveAddFile(archive_.Get(), text.Get(), &id);
-        if (result != QVNoErr) throw Failure(tool::ResultText(result));
+        tool::Require(result, tool::OneLine(path));
         return id;
     }
 
+    [[nodiscard]] std::string RootName() const { return arguments_.archive.path + ": the root directory"; }
+
     const CreateArguments& arguments_;
+    std::string path_;
     tool::Object archive_;
     tool::Object options_;
     std::vector<Member> members_;
@@ -183,34 +173,49 @@ void TellNotes(const std::vector<std::string>& notes, bool verbose) {
     }
 }
 
+struct Totals {
+    std::size_t items = 0;
+    std::uint64_t bytes = 0;
+};
+
+// Makes the archive at `path`. Files that cannot be stored are told and left out.
+Totals MakeArchive(const CreateArguments& arguments, const tool::WalkResult& found, const std::string& path,
+                   ErrorCount& errors) {
+    ArchiveMaker maker(arguments, path, found.files.size());
+    Totals totals;
+    tool::Progress progress(found.totalSize, arguments.switches.Mode());
+    for (const tool::FoundFile& file : found.files) {
+        try {
+            maker.Add(file, progress);
+            totals.bytes += file.size;
+            ++totals.items;
+        } catch (const Failure& failure) {
+            progress.Clear();
+            errors.Tell(failure.what());
+        }
+        progress.Advance(file.size);
+    }
+    maker.EnterIntoRoot();
+    if (!arguments.noIndex) maker.AddIndex();
+    return totals;
+}
+
 void Create(const CreateArguments& arguments) {
     const auto start = std::chrono::steady_clock::now();
     const tool::LibrarySession library;
+    arguments.archive.Check();
     ErrorCount errors;
-    const tool::WalkResult found = tool::FindFiles(arguments.paths, arguments.archive);
+    const tool::WalkResult found = tool::FindFiles(arguments.paths, arguments.archive.path);
     if (!arguments.switches.quiet) TellNotes(found.notes, arguments.verbose);
     for (const std::string& error : found.errors)
         errors.Tell(error);
 
-    ArchiveMaker maker(arguments);
-    maker.Start(found.files.size());
-    std::uint64_t bytes = 0;
-    {
-        tool::Progress progress(found.totalSize, arguments.switches.Mode());
-        for (const tool::FoundFile& file : found.files) {
-            try {
-                maker.Add(file);
-                bytes += file.size;
-            } catch (const Failure& failure) {
-                progress.Clear();
-                errors.Tell(tool::OneLine(file.path) + ": " + failure.what());
-            }
-            progress.Advance(file.size);
-        }
+    tool::OutputFile output(arguments.archive);
+    const Totals totals = MakeArchive(arguments, found, output.Path(), errors);
+    output.PutInPlace();
+    if (!arguments.switches.quiet) {
+        PrintSummary("created:", totals.items, totals.bytes, SecondsSince(start));
     }
-    maker.EnterIntoRoot();
-    if (!arguments.noIndex) maker.AddIndex();
-    if (!arguments.switches.quiet) PrintSummary("created:", maker.Count(), bytes, SecondsSince(start));
     errors.Finish(" files or folders could not be added");
 }
 
@@ -258,7 +263,7 @@ struct ExtractArguments {
     std::string archive;
     std::string folder;
     bool overwrite = false;
-    Switches switches;
+    tool::ProgressSwitches switches;
 };
 
 // The members that the index names; without one, every file item under a name made of its ID.
@@ -276,7 +281,7 @@ std::vector<Member> MembersToExtract(const ArchiveReader& archive, bool quiet) {
 }
 
 void WriteBody(const ArchiveReader& archive, const ArchiveItem& item, int descriptor,
-               std::vector<unsigned char>& buffer) {
+               std::vector<unsigned char>& buffer, tool::Progress& progress) {
     std::uint64_t offset = item.BodyOffset();
     for (std::uint64_t left = item.bodyLength; left > 0;) {
         const auto piece = static_cast<std::size_t>(std::min<std::uint64_t>(left, buffer.size()));
@@ -288,6 +293,7 @@ void WriteBody(const ArchiveReader& archive, const ArchiveItem& item, int descri
         }
         offset += piece;
         left -= piece;
+        progress.Advance(piece);
     }
 }
 
@@ -311,17 +317,18 @@ void Extract(const ExtractArguments& arguments) {
     std::size_t count = 0;
     for (const Member& member : members) {
         const ArchiveItem& item = *items.at(member.id);
+        const std::uint64_t doneAfter = progress.Done() + item.bodyLength;
         try {
             if (member.compressed) throw Failure("stored compressed, and this version has no decoder");
             folder.WriteFile(member.name, member.mode, arguments.overwrite,
-                             [&](int descriptor) { WriteBody(archive, item, descriptor, buffer); });
+                             [&](int descriptor) { WriteBody(archive, item, descriptor, buffer, progress); });
             bytes += item.bodyLength;
             ++count;
         } catch (const Failure& failure) {
             progress.Clear();
             errors.Tell(tool::OneLine(member.name) + ": " + failure.what());
         }
-        progress.Advance(item.bodyLength);
+        progress.Advance(doneAfter - progress.Done());
     }
     progress.Clear();
     if (!arguments.switches.quiet) PrintSummary("extracted:", count, bytes, SecondsSince(start));
@@ -330,18 +337,20 @@ void Extract(const ExtractArguments& arguments) {
 
 // ---- the command line ----
 
+constexpr char kQuietText[] = "No progress bar, no notes and no summary; errors only";
+
 void SetUpCreate(Command& family) {
     auto arguments = std::make_shared<CreateArguments>();
     Command create =
         family.Subcommand("create", "Put files, and the files below directories, into a new archive");
-    create.Argument("archive", arguments->archive, "The archive to write; a file of this name is replaced");
+    arguments->archive.AddTo(create, "archive", "The archive to write");
     create.Arguments("paths", arguments->paths, "Files and directories");
     create.Flag("--compress", arguments->compress,
                 "Store the files' bodies compressed (they cannot be extracted yet)");
     create.Flag("--no-index", arguments->noIndex,
                 "Leave the member index out; the archive then holds no names");
     create.Flag("-v,--verbose", arguments->verbose, "Name the links and other entries that are left out");
-    AddSwitches(create, arguments->switches);
+    arguments->switches.AddTo(create, kQuietText);
     create.Action([arguments] { Create(*arguments); });
 }
 
@@ -358,8 +367,8 @@ void SetUpExtract(Command& family) {
         family.Subcommand("extract", "Write an archive's files into a folder, and nothing outside it");
     extract.Argument("archive", arguments->archive, "The archive to read");
     extract.Argument("folder", arguments->folder, "The folder to write into; it is made when it is missing");
-    extract.Flag("--overwrite", arguments->overwrite, "Replace files that exist already");
-    AddSwitches(extract, arguments->switches);
+    extract.Flag("-f,--overwrite", arguments->overwrite, "Replace files that exist already");
+    arguments->switches.AddTo(extract, kQuietText);
     extract.Action([arguments] { Extract(*arguments); });
 }
 

@@ -10,7 +10,9 @@
 #include <QVFoundation/QVFoundation.h>
 
 #include "commands.h"
+#include "output.h"
 #include "progress.h"
+#include "progress_switches.h"
 #include "tool.h"
 
 namespace {
@@ -23,6 +25,7 @@ constexpr std::size_t kPiece = 12 << 16;
 struct Arguments {
     std::string file = "-";
     bool ignoreSpace = false;
+    tool::ProgressSwitches switches;
 };
 
 // The named file, or standard input for "-".
@@ -38,6 +41,8 @@ public:
     ~Input() {
         if (file_ != stdin) std::fclose(file_);
     }
+
+    [[nodiscard]] const std::string& Name() const { return name_; }
 
     // 0 when it is not known.
     [[nodiscard]] std::uint64_t Size() const {
@@ -58,33 +63,19 @@ private:
     std::FILE* file_;
 };
 
-void Print(void* data) {
-    const std::size_t size = QVDataGetSize(data);
-    if (size == 0) return;  // and then there is no buffer
-    if (std::fwrite(QVDataGetImutableBuffer(data), 1, size, stdout) != size) {
-        throw Failure(tool::SystemText("standard output"));
-    }
-}
-
-void FinishOutput() {
-    if (std::fflush(stdout) != 0) throw Failure(tool::SystemText("standard output"));
-}
-
 void Encode(const Arguments& arguments) {
     const tool::LibrarySession session;
     Input input(arguments.file);
-    tool::Progress progress(input.Size(), tool::ProgressMode::kWhenTerminal);
+    tool::Progress progress(input.Size(), arguments.switches.Mode());
     std::vector<char> piece(kPiece);
     for (std::size_t size = kPiece; size == kPiece;) {
         size = input.Read(piece.data(), kPiece);
         const tool::Object pool(QVTemporaryObjectsPoolCreate());
         void* text = QVBase64Encode(piece.data(), size);
         if (text == nullptr) throw Failure("out of memory");
-        Print(text);
+        tool::PrintData(text);
         progress.Advance(size);
     }
-    progress.Clear();
-    FinishOutput();
 }
 
 bool IsSpace(char c) {
@@ -120,23 +111,21 @@ private:
 void Decode(const Arguments& arguments) {
     const tool::LibrarySession session;
     Input input(arguments.file);
-    tool::Progress progress(input.Size(), tool::ProgressMode::kWhenTerminal);
+    tool::Progress progress(input.Size(), arguments.switches.Mode());
     Characters characters(input, arguments.ignoreSpace, progress);
     for (bool more = true; more;) {
         const std::string text = characters.NextPiece();
         const tool::Object pool(QVTemporaryObjectsPoolCreate());
         void* bytes = QVBase64Decode(text.data(), text.size());
         if (bytes == nullptr) {
-            throw Failure(arguments.ignoreSpace
-                              ? "the input is not Base64"
-                              : "the input is not Base64 without white space (see --ignore-space)");
+            throw Failure(input.Name() + (arguments.ignoreSpace
+                                              ? ": not Base64"
+                                              : ": not Base64 without white space (see --ignore-space)"));
         }
-        Print(bytes);
+        tool::PrintData(bytes);
         // The first "=" ends a text.
         more = text.size() == kPiece && text.find('=') == std::string::npos;
     }
-    progress.Clear();
-    FinishOutput();
 }
 
 const tool::CommandFamily family("base64", [](tool::Command& program) {
@@ -149,6 +138,7 @@ const tool::CommandFamily family("base64", [](tool::Command& program) {
     for (tool::Command command : {encode, decode}) {
         command.Argument("file", arguments->file, "The file to read; \"-\", the default, is standard input",
                          tool::Presence::kOptional);
+        arguments->switches.AddTo(command, "No progress bar");
     }
     decode.Flag("--ignore-space", arguments->ignoreSpace,
                 "Leave white space and line breaks out; without this they are errors");

@@ -7,6 +7,7 @@
 #include "commands.h"
 #include "encoding_names.h"
 #include "files.h"
+#include "output.h"
 #include "tool.h"
 
 namespace {
@@ -69,7 +70,7 @@ void Show(const std::string& path, const std::string& selector) {
 struct CharsetArguments {
     std::string input;
     std::string encoding;
-    std::string output = "-";
+    tool::Output output{"-"};
 };
 
 void PrintCharset(void* parser, const std::string& path) {
@@ -124,7 +125,7 @@ void SetUpShow(tool::Command show) {
 void SetUpCharset(tool::Command charset) {
     const auto arguments = std::make_shared<CharsetArguments>();
     charset.Argument("SHEET", arguments->input, "");
-    charset.Argument("OUT", arguments->output, "Standard output when left out", tool::Presence::kOptional);
+    arguments->output.AddTo(charset, "OUT", "Standard output when left out", tool::Presence::kOptional);
     charset.Option("--set", arguments->encoding, "The encoding to name", tool::EncodingNames());
     charset.Action([arguments] {
         const tool::LibrarySession session;

@@ -1,62 +1,57 @@
 #include "files.h"
 
-#include <cstdio>
+#include <filesystem>
+#include <vector>
 
 namespace tool {
-namespace {
 
-constexpr QVEncodingInfo kUtf8 = {QVEncodingUTF8, 0, 0};
+Object FileAt(const std::string& path) {
+    Object file(QVFileCreate());
+    const Object text = PathText(path);
+    QVFileSetPath(file.Get(), text.Get());
+    return file;
+}
 
-void WriteToStandardOutput(void* data) {
-    const unsigned long size = QVDataGetSize(data);
-    if (std::fwrite(QVDataGetImutableBuffer(data), 1, size, stdout) != size || std::fflush(stdout) != 0) {
-        throw Failure(SystemText("standard output"));
+Object OpenForReading(const std::string& path) {
+    Object file = FileAt(path);
+    const int code = QVFileOpenForReading(file.Get());
+    std::error_code ignored;
+    const std::filesystem::file_status status = std::filesystem::status(path, ignored);
+    if (code != QVNoErr && std::filesystem::is_directory(status)) throw Failure(path + ": is a directory");
+    if (code != QVNoErr && std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+        throw Failure(path + ": not a regular file");
+    }
+    Require(code, path);
+    return file;
+}
+
+void ReadPieces(const Object& file, const std::string& path, std::size_t pieceSize,
+                const PieceReader& reader) {
+    std::vector<unsigned char> piece(pieceSize);
+    for (;;) {
+        unsigned long count = 0;
+        const int code = QVFileReadBytes(file.Get(), piece.data(), pieceSize, &count, 0);
+        if (code != QVErrEOF) Require(code, path);
+        if (count == 0) return;
+        reader(piece.data(), count);
     }
 }
 
-// The code of a file that cannot be read; the Data functions only say that it failed.
-int OpenCode(const Object& path) {
-    const Object file(QVFileCreate());
-    QVFileSetPath(file.Get(), path.Get());
-    const int code = QVFileOpenForReading(file.Get());
-    QVFileClose(file.Get());
-    return code == QVNoErr ? static_cast<int>(QVErrIO) : code;
-}
-
-}  // namespace
-
 Object ReadData(const std::string& path) {
+    const Object file = OpenForReading(path);
     const Object pathText = PathText(path);
     void* data = QVDataCreateFromFile(pathText.Get());
-    if (data == nullptr) Require(OpenCode(pathText), path);
+    if (data == nullptr) throw Failure(path + ": too large for this machine's memory, or it cannot be read");
     return Object(QVRetain(data));
 }
 
 Object ReadText(const std::string& path) {
     const Object data = ReadData(path);
     if (QVDataGetSize(data.Get()) == 0) return Object(QVStringCreate());
+    constexpr QVEncodingInfo kUtf8 = {QVEncodingUTF8, 0, 0};
     void* text = QVStringCreateWithData(data.Get(), kUtf8);
     if (text == nullptr) throw Failure(path + ": not UTF-8 text");
     return Object(text);
-}
-
-void WriteData(void* data, const std::string& path) {
-    if (path == "-") return WriteToStandardOutput(data);
-    const Object pathText = PathText(path);
-    // Writing empty Data leaves an older file as it is, so an empty result goes through an empty file.
-    if (QVDataGetSize(data) == 0) {
-        const Object file(QVFileCreate());
-        QVFileSetPath(file.Get(), pathText.Get());
-        Require(QVFileOpenForWriting(file.Get()), path);
-        Require(QVFileSetSize(file.Get(), 0), path);
-        return Require(QVFileClose(file.Get()), path);
-    }
-    Require(QVDataWriteToFile(data, pathText.Get()), path);
-}
-
-void WriteText(void* string, const std::string& path) {
-    const Object data(QVStringMakeData(string, kUtf8));
-    WriteData(data.Get(), path);
 }
 
 }  // namespace tool

@@ -6,6 +6,7 @@
 #include "commands.h"
 #include "files.h"
 #include "json_objects.h"
+#include "output.h"
 #include "tool.h"
 
 namespace {
@@ -17,7 +18,7 @@ using tool::Object;
 
 struct Arguments {
     std::string input;
-    std::string output;
+    tool::Output output;
     bool booleansAsNumbers = false;
 };
 
@@ -25,7 +26,7 @@ struct Arguments {
 void SetUp(Command& command, const std::shared_ptr<Arguments>& arguments, const char* input,
            const char* output, void (*run)(const Arguments&)) {
     command.Argument(input, arguments->input, "");
-    command.Argument(output, arguments->output, "- for standard output");
+    arguments->output.AddTo(command, output, "- for standard output");
     command.Action([arguments, run] {
         const tool::LibrarySession session;
         run(*arguments);

@@ -3,6 +3,7 @@
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 
@@ -177,7 +178,9 @@ json JsonFromObject(void* object) {
     }
 }
 
+// Unlike the library's own reading this takes pipes as well: "qvtool pack <(program) OUT".
 json ParseFile(const std::string& path) {
+    if (std::filesystem::is_directory(path)) throw Failure(path + ": is a directory");
     std::ifstream file(path, std::ios::binary);
     if (!file) throw Failure(SystemText(path));
     try {
@@ -190,7 +193,12 @@ json ParseFile(const std::string& path) {
 }  // namespace
 
 Object ReadJsonFile(const std::string& path, Booleans booleans) {
-    return Converter(booleans).Convert(ParseFile(path));
+    const json value = ParseFile(path);
+    try {
+        return Converter(booleans).Convert(value);
+    } catch (const Failure& failure) {
+        throw Failure(path + ": " + failure.what());
+    }
 }
 
 std::string JsonText(void* object) {

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <new>
 
 #include "commands.h"
 
@@ -22,13 +23,26 @@ void CommandFamily::SetUpAll(Command& program) {
 
 }  // namespace tool
 
+namespace {
+
+int Fail(const char* message) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "qvtool: %s\n", message);
+    return 1;
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
     try {
-        return tool::RunCommandLine(argc, argv, "qvtool", "Command-line access to QVFoundation",
-                                    tool::CommandFamily::SetUpAll);
+        const int status = tool::RunCommandLine(argc, argv, "qvtool", "Command-line access to QVFoundation",
+                                                tool::CommandFamily::SetUpAll);
+        if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
+            return Fail("standard output cannot be written");
+        return status;
+    } catch (const std::bad_alloc&) {
+        return Fail("out of memory");
     } catch (const std::exception& failure) {
-        std::fflush(stdout);
-        std::fprintf(stderr, "qvtool: %s\n", failure.what());
-        return 1;
+        return Fail(failure.what());
     }
 }

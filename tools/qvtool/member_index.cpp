@@ -84,21 +84,6 @@ bool Fits(const std::vector<Member>& members, const ArchiveReader& archive) {
 
 }  // namespace
 
-std::string OneLine(const std::string& name) {
-    std::string text;
-    for (const char c : name) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || byte == 0x7F || byte == '\\') {
-            char escape[5];
-            std::snprintf(escape, sizeof escape, "\\%03o", byte);
-            text += escape;
-        } else {
-            text += c;
-        }
-    }
-    return text;
-}
-
 std::string EncodeMemberIndex(const std::vector<Member>& members) {
     std::string text(kFirstLine);
     for (const Member& member : members) {

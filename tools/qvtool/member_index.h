@@ -23,9 +23,6 @@ struct Member {
     std::string name;
 };
 
-/// A name in one line: control characters and the backslash stand as a backslash and three octal digits.
-[[nodiscard]] std::string OneLine(const std::string& name);
-
 /// The index item's text.
 [[nodiscard]] std::string EncodeMemberIndex(const std::vector<Member>& members);
 

@@ -7,6 +7,7 @@
 #include "commands.h"
 #include "encoding_names.h"
 #include "files.h"
+#include "output.h"
 #include "tool.h"
 
 namespace {
@@ -23,7 +24,7 @@ const std::map<std::string, QVLineBreakType>& LineBreakNames() {
 
 struct ConvertArguments {
     std::string input;
-    std::string output;
+    tool::Output output;
     std::string from;
     std::string to;
     std::string lineBreaks;
@@ -60,7 +61,7 @@ void Convert(const ConvertArguments& arguments) {
 void SetUpConvert(tool::Command command) {
     const auto arguments = std::make_shared<ConvertArguments>();
     command.Argument("IN", arguments->input, "");
-    command.Argument("OUT", arguments->output, "- for standard output");
+    arguments->output.AddTo(command, "OUT", "- for standard output");
     command.Option("--from", arguments->from, "The text's encoding", tool::EncodingNames(),
                    tool::Presence::kRequired);
     command.Option("--to", arguments->to,
@@ -77,7 +78,7 @@ void SetUpConvert(tool::Command command) {
 
 struct HtmlArguments {
     std::string input;
-    std::string output = "-";
+    tool::Output output{"-"};
     bool limited = false;
 };
 
@@ -90,7 +91,7 @@ void Html(const HtmlArguments& arguments) {
 void SetUpHtml(tool::Command command) {
     const auto arguments = std::make_shared<HtmlArguments>();
     command.Argument("IN", arguments->input, "");
-    command.Argument("OUT", arguments->output, "Standard output when left out", tool::Presence::kOptional);
+    arguments->output.AddTo(command, "OUT", "Standard output when left out", tool::Presence::kOptional);
     command.Flag("--limited", arguments->limited, "Replace the four characters of markup only");
     command.Action([arguments] {
         const tool::LibrarySession session;

@@ -1,6 +1,7 @@
 #include "tool.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <limits>
 
@@ -9,7 +10,22 @@ namespace tool {
 Object PathText(const std::string& path) {
     Object text(QVStringCreateWithCString(path.c_str()));
     if (!path.empty() && QVStringGetLength(text.Get()) == 0) {
-        throw Failure("the name is not UTF-8 text");
+        throw Failure(OneLine(path) + ": the name is not UTF-8 text");
+    }
+    return text;
+}
+
+std::string OneLine(const std::string& name) {
+    std::string text;
+    for (const char c : name) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x20 || byte == 0x7F || byte == '\\') {
+            char escape[5];
+            std::snprintf(escape, sizeof escape, "\\%03o", byte);
+            text += escape;
+        } else {
+            text += c;
+        }
     }
     return text;
 }

@@ -54,9 +54,12 @@ private:
     void* handle_;
 };
 
-/// A string of the library with a path's text. Throws when the path's bytes are not UTF-8: no text names such
-/// a file.
+/// A string of the library with a path's text. Throws a Failure with the path when its bytes are not UTF-8:
+/// no text names such a file.
 [[nodiscard]] Object PathText(const std::string& path);
+
+/// A name in one line: control characters and the backslash stand as a backslash and three octal digits.
+[[nodiscard]] std::string OneLine(const std::string& name);
 
 /// A result code in words, with its number: "no such file or directory (-100)".
 [[nodiscard]] std::string ResultText(int code);
