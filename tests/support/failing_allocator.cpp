@@ -17,6 +17,7 @@ void __lsan_enable() __attribute__((weak));
 namespace {
 
 constinit std::atomic<std::ptrdiff_t> liveAllocations{0};
+constinit std::atomic<std::ptrdiff_t> liveBytes{0};
 constinit std::atomic<std::size_t> allocatedBytes{0};
 
 struct FailurePlan {
@@ -41,19 +42,25 @@ bool ShouldFail() {
     return true;
 }
 
-void* Allocate(std::size_t size) {
-    if (ShouldFail()) return nullptr;
-    void* block = std::malloc(size == 0 ? 1 : size);
-    if (block == nullptr) return nullptr;
+void* Counted(void* block, std::size_t size) {
     liveAllocations.fetch_add(1, std::memory_order_relaxed);
+    liveBytes.fetch_add(static_cast<std::ptrdiff_t>(malloc_usable_size(block)), std::memory_order_relaxed);
     allocatedBytes.fetch_add(size, std::memory_order_relaxed);
     return block;
 }
 
+void* Allocate(std::size_t size) {
+    if (ShouldFail()) return nullptr;
+    void* block = std::malloc(size == 0 ? 1 : size);
+    return block == nullptr ? nullptr : Counted(block, size);
+}
+
 void Free(void* block) {
     if (block == nullptr) return;
-    if (inspectFree != nullptr) inspectFree(inspectContext, block, malloc_usable_size(block));
+    const std::size_t size = malloc_usable_size(block);
+    if (inspectFree != nullptr) inspectFree(inspectContext, block, size);
     liveAllocations.fetch_sub(1, std::memory_order_relaxed);
+    liveBytes.fetch_sub(static_cast<std::ptrdiff_t>(size), std::memory_order_relaxed);
     std::free(block);
 }
 
@@ -62,9 +69,7 @@ void* AllocateAligned(std::size_t size, std::align_val_t alignment) {
     void* block = nullptr;
     if (posix_memalign(&block, static_cast<std::size_t>(alignment), size == 0 ? 1 : size) != 0)
         return nullptr;
-    liveAllocations.fetch_add(1, std::memory_order_relaxed);
-    allocatedBytes.fetch_add(size, std::memory_order_relaxed);
-    return block;
+    return Counted(block, size);
 }
 
 void* OrThrow(void* block) {
@@ -128,6 +133,11 @@ namespace qvtest {
 std::size_t LiveAllocations() {
     qv::ReleaseKeptBlocks();
     return static_cast<std::size_t>(liveAllocations.load(std::memory_order_relaxed));
+}
+
+std::size_t LiveBytes() {
+    qv::ReleaseKeptBlocks();
+    return static_cast<std::size_t>(liveBytes.load(std::memory_order_relaxed));
 }
 
 std::size_t AllocatedBytes() {

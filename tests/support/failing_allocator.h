@@ -9,6 +9,8 @@ namespace qvtest {
 // Blocks that are allocated and not freed at the moment, by all threads. What the library's thread-local
 // cache keeps is handed back first, so it does not count.
 std::size_t LiveAllocations();
+// Their bytes, counted as the C library rounds them up.
+std::size_t LiveBytes();
 
 // Bytes asked for so far by all threads; differences tell what a piece of work allocates.
 std::size_t AllocatedBytes();
