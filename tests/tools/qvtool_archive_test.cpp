@@ -20,6 +20,7 @@ using qvtest::Outcome;
 using qvtest::Qvtool;
 using qvtest::ReadFile;
 using qvtest::Says;
+using qvtest::Shell;
 using qvtest::WriteFile;
 
 // Every regular file below a directory: name and bytes.
@@ -162,7 +163,7 @@ TEST_F(QvtoolArchive, NamesThatAreNotTextAreToldAndTheOthersStored) {
     const Outcome created = Create();
     EXPECT_EQ(created.status, 1);
     EXPECT_TRUE(Says(created, "/bad\xFF: the name is not UTF-8 text\n")) << created.output;
-    EXPECT_TRUE(Says(created, "1 files or folders could not be added")) << created.output;
+    EXPECT_TRUE(Says(created, "1 file or folder could not be added")) << created.output;
     ASSERT_EQ(Extract().status, 0);
     EXPECT_EQ(Tree(Extracted()), (std::map<std::string, std::string>{{"good", "x"}}));
 }
@@ -303,10 +304,29 @@ TEST_F(QvtoolArchive, FilesThatExistStayUnlessOverwritingIsAskedFor) {
     WriteFile(Extracted() + "/file", "old");
     const Outcome refused = Extract();
     EXPECT_EQ(refused.status, 1);
-    EXPECT_TRUE(Says(refused, "1 files could not be extracted")) << refused.output;
+    EXPECT_TRUE(Says(refused, "1 file could not be extracted")) << refused.output;
     EXPECT_EQ(ReadFile(Extracted() + "/file"), "old");
     EXPECT_EQ(Extract("--overwrite").status, 0);
     EXPECT_EQ(ReadFile(Extracted() + "/file"), "new");
+}
+
+TEST_F(QvtoolArchive, AnOlderFileStaysWhenItsReplacementFails) {
+    Put("file", std::string(40'000, 'x'));
+    ASSERT_EQ(Create().status, 0);
+    ASSERT_EQ(Extract().status, 0);
+    WriteFile(Extracted() + "/file", "old");
+    const Outcome full =
+        Shell("trap '' XFSZ; ulimit -f 8; " QVTOOL " archive extract -f " + archive_ + " " + target_);
+    EXPECT_EQ(full.status, 1);
+    EXPECT_TRUE(Says(full, "/file: cannot write it: ")) << full.output;
+    EXPECT_EQ(Tree(Extracted()), (std::map<std::string, std::string>{{"file", "old"}}));
+
+    fs::remove(Extracted() + "/file");
+    fs::create_directory(Extracted() + "/file");
+    const Outcome folder = Extract("--overwrite");
+    EXPECT_EQ(folder.status, 1);
+    EXPECT_TRUE(Says(folder, "/file: cannot replace it: ")) << folder.output;
+    EXPECT_TRUE(Tree(Extracted()).empty());
 }
 
 TEST_F(QvtoolArchive, AnIndexThatDoesNotFitIsNone) {

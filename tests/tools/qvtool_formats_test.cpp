@@ -12,6 +12,7 @@ using qvtest::Outcome;
 using qvtest::Qvtool;
 using qvtest::ReadFile;
 using qvtest::Says;
+using qvtest::Shell;
 using qvtest::WriteFile;
 
 class QvtoolFormats : public ::testing::Test {
@@ -64,6 +65,20 @@ TEST_F(QvtoolFormats, DamageIsToldWithItsPosition) {
     const Outcome missing = Qvtool("unpack " + (directory_ / "missing") + " -");
     EXPECT_EQ(missing.status, 1);
     EXPECT_TRUE(Says(missing, "(-100)")) << missing.output;
+}
+
+TEST_F(QvtoolFormats, AValueNestedTooDeepIsRefusedInAShortMessage) {
+    const std::string deep = std::string(20'000, '[') + std::string(20'000, ']');
+    const Outcome refused = Qvtool("pack " + Put("deep.json", deep) + " " + (directory_ / "out"));
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_TRUE(Says(refused, "deep.json: nested too deep (at /0/0/0/")) << refused.output;
+    EXPECT_LT(refused.output.size(), 500U);
+}
+
+TEST_F(QvtoolFormats, JsonIsReadFromPipesAsWell) {
+    const Outcome list = Shell("echo '[1]' | " QVTOOL " plist /dev/stdin -");
+    EXPECT_EQ(list.status, 0);
+    EXPECT_TRUE(Says(list, "<array><integer>1</integer></array>")) << list.output;
 }
 
 TEST_F(QvtoolFormats, PropertyListsKeepBooleans) {

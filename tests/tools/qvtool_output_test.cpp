@@ -177,6 +177,14 @@ TEST_F(QvtoolOutput, StandardOutputThatTakesNothingIsTold) {
     }
 }
 
+TEST_F(QvtoolOutput, AMessageIsOneLineWhateverAName) {
+    const Outcome missing = Qvtool("md5 \"$(printf 'a\\033[31m\\nb\\\\c')\"");
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_EQ(missing.output,
+              "qvtool: a\\033[31m\\012b\\c: no such file or directory (-100)\n"
+              "qvtool: 1 file could not be read\n");
+}
+
 // What is read, by contrast, may be a folder or a pipe by mistake: told, and never waited for.
 TEST_F(QvtoolOutput, WhatIsNoFileIsNotRead) {
     fs::create_directory("folder");

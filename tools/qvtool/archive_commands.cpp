@@ -46,21 +46,6 @@ void PrintSummary(const char* verb, std::size_t items, std::uint64_t bytes, doub
                 tool::Grouped(bytes).c_str(), tool::Rate(bytes, seconds));
 }
 
-// Collects the errors that do not end a command; they make it fail at its end.
-class ErrorCount final {
-public:
-    void Tell(const std::string& message) {
-        std::fprintf(stderr, "qvtool: %s\n", message.c_str());
-        ++count_;
-    }
-    void Finish(const char* what) const {
-        if (count_ > 0) throw Failure(tool::Grouped(count_) + what);
-    }
-
-private:
-    std::size_t count_ = 0;
-};
-
 // ---- create ----
 
 struct CreateArguments {
@@ -148,7 +133,7 @@ private:
         const tool::Object text = tool::PathText(path);
         unsigned int id = 0;
         const int result = QVArchiveAddFile(archive_.Get(), text.Get(), &id);
-        tool::Require(result, tool::OneLine(path));
+        tool::Require(result, path);
         return id;
     }
 
@@ -165,11 +150,10 @@ private:
 // of links.
 void TellNotes(const std::vector<std::string>& notes, bool verbose) {
     for (std::size_t i = 0; verbose && i < notes.size(); ++i) {
-        std::fprintf(stderr, "qvtool: %s\n", tool::OneLine(notes[i]).c_str());
+        tool::TellError(notes[i]);
     }
     if (!verbose && !notes.empty()) {
-        std::fprintf(stderr, "qvtool: %s entries left out (--verbose names them)\n",
-                     tool::Grouped(notes.size()).c_str());
+        tool::TellError(tool::Grouped(notes.size()) + " entries left out (--verbose names them)");
     }
 }
 
@@ -180,7 +164,7 @@ struct Totals {
 
 // Makes the archive at `path`. Files that cannot be stored are told and left out.
 Totals MakeArchive(const CreateArguments& arguments, const tool::WalkResult& found, const std::string& path,
-                   ErrorCount& errors) {
+                   tool::ErrorCount& errors) {
     ArchiveMaker maker(arguments, path, found.files.size());
     Totals totals;
     tool::Progress progress(found.totalSize, arguments.switches.Mode());
@@ -204,7 +188,7 @@ void Create(const CreateArguments& arguments) {
     const auto start = std::chrono::steady_clock::now();
     const tool::LibrarySession library;
     arguments.archive.Check();
-    ErrorCount errors;
+    tool::ErrorCount errors;
     const tool::WalkResult found = tool::FindFiles(arguments.paths, arguments.archive.path);
     if (!arguments.switches.quiet) TellNotes(found.notes, arguments.verbose);
     for (const std::string& error : found.errors)
@@ -216,7 +200,7 @@ void Create(const CreateArguments& arguments) {
     if (!arguments.switches.quiet) {
         PrintSummary("created:", totals.items, totals.bytes, SecondsSince(start));
     }
-    errors.Finish(" files or folders could not be added");
+    errors.Finish("file or folder", "files or folders", "could not be added");
 }
 
 // ---- list ----
@@ -234,8 +218,9 @@ void List(const std::string& path) {
             members.emplace(member.id, &member);
     }
 
-    std::printf("archive %s: %s bytes, code %016" PRIX64 ", options %" PRIu32 " bytes\n", path.c_str(),
-                tool::Grouped(archive.FileSize()).c_str(), archive.Code(), archive.OptionsLength());
+    std::printf("archive %s: %s bytes, code %016" PRIX64 ", options %" PRIu32 " bytes\n",
+                tool::OneLine(path).c_str(), tool::Grouped(archive.FileSize()).c_str(), archive.Code(),
+                archive.OptionsLength());
     std::printf("%10s  %-9s  %15s  %15s  %s\n", "ID", "type", "offset", "body", "name");
     std::uint64_t bytes = 0;
     for (const ArchiveItem& item : archive.Items()) {
@@ -269,7 +254,7 @@ struct ExtractArguments {
 // The members that the index names; without one, every file item under a name made of its ID.
 std::vector<Member> MembersToExtract(const ArchiveReader& archive, bool quiet) {
     if (auto index = tool::FindMemberIndex(archive)) return std::move(index->members);
-    if (!quiet) std::fputs("qvtool: the archive names no files; they are named by their item IDs\n", stderr);
+    if (!quiet) tool::TellError("the archive names no files; they are named by their item IDs");
     std::vector<Member> members;
     for (const ArchiveItem& item : archive.Items()) {
         if (item.type != ArchiveItem::kFile) continue;
@@ -312,7 +297,7 @@ void Extract(const ExtractArguments& arguments) {
     tool::ExtractionFolder folder(arguments.folder);
     tool::Progress progress(total, arguments.switches.Mode());
     std::vector<unsigned char> buffer(1 << 20);
-    ErrorCount errors;
+    tool::ErrorCount errors;
     std::uint64_t bytes = 0;
     std::size_t count = 0;
     for (const Member& member : members) {
@@ -326,13 +311,13 @@ void Extract(const ExtractArguments& arguments) {
             ++count;
         } catch (const Failure& failure) {
             progress.Clear();
-            errors.Tell(tool::OneLine(member.name) + ": " + failure.what());
+            errors.Tell(member.name + ": " + failure.what());
         }
         progress.Advance(doneAfter - progress.Done());
     }
     progress.Clear();
     if (!arguments.switches.quiet) PrintSummary("extracted:", count, bytes, SecondsSince(start));
-    errors.Finish(" files could not be extracted");
+    errors.Finish("file", "files", "could not be extracted");
 }
 
 // ---- the command line ----

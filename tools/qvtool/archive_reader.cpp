@@ -42,43 +42,26 @@ std::uint64_t ArchiveItem::BodyOffset() const {
     return offset + kItemHeaderSize + attributeLength;
 }
 
-ArchiveReader::ArchiveReader(const std::string& path) : path_(path) {
-    // Without O_NONBLOCK the opening of a pipe would wait for its writer.
-    descriptor_ = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+// Without O_NONBLOCK the opening of a pipe would wait for its writer.
+ArchiveReader::ArchiveReader(const std::string& path)
+    : path_(path), descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {
     struct stat status {};
-    if (descriptor_ < 0 || fstat(descriptor_, &status) != 0) {
-        const std::string why = SystemText(path);
-        if (descriptor_ >= 0) {
-            close(descriptor_);
-        }
-        throw Failure(why);
-    }
+    if (descriptor_.Get() < 0 || fstat(descriptor_.Get(), &status) != 0) throw Failure(SystemText(path));
+    if (!S_ISREG(status.st_mode)) throw Failure(path + ": not a regular file");
+    size_ = static_cast<std::uint64_t>(status.st_size);
+    ReadHeader();
     try {
-        if (!S_ISREG(status.st_mode)) {
-            throw Failure(path + ": not a regular file");
-        }
-        size_ = static_cast<std::uint64_t>(status.st_size);
-        ReadHeader();
-        try {
-            ReadItems();
-            CheckEntries();
-        } catch (const Damaged& damaged) {
-            damage_ = damaged.what();
-        }
-    } catch (...) {
-        close(descriptor_);
-        throw;
+        ReadItems();
+        CheckEntries();
+    } catch (const Damaged& damaged) {
+        damage_ = damaged.what();
     }
-}
-
-ArchiveReader::~ArchiveReader() {
-    close(descriptor_);
 }
 
 void ArchiveReader::ReadAt(std::uint64_t offset, void* buffer, std::size_t size) const {
     auto* target = static_cast<unsigned char*>(buffer);
     while (size > 0) {
-        const ssize_t done = pread(descriptor_, target, size, static_cast<off_t>(offset));
+        const ssize_t done = pread(descriptor_.Get(), target, size, static_cast<off_t>(offset));
         if (done < 0) {
             throw Failure(SystemText(path_));
         }

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "descriptor.h"
+
 namespace tool {
 
 struct ArchiveItem {
@@ -29,9 +31,6 @@ public:
     /// Opens the file and reads its header and all item headers. Throws a Failure when the file cannot be
     /// read or is no archive; damage further on ends the items early and is told by Damage().
     explicit ArchiveReader(const std::string& path);
-    ArchiveReader(const ArchiveReader&) = delete;
-    ArchiveReader& operator=(const ArchiveReader&) = delete;
-    ~ArchiveReader();
 
     [[nodiscard]] std::uint64_t FileSize() const { return size_; }
     [[nodiscard]] std::uint32_t OptionsLength() const { return optionsLength_; }
@@ -50,7 +49,7 @@ private:
     void CheckEntries();
 
     std::string path_;
-    int descriptor_ = -1;
+    Descriptor descriptor_;
     std::uint64_t size_ = 0;
     std::uint32_t optionsLength_ = 0;
     std::uint64_t code_ = 0;

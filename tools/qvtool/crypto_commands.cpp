@@ -147,7 +147,7 @@ void PrintDigests(const DigestArguments& arguments) {
     const tool::LibrarySession session;
     const Object md5(QVMD5Create());
     tool::Progress progress(TotalSize(arguments.paths), arguments.switches.Mode());
-    std::size_t failed = 0;
+    tool::ErrorCount errors;
     for (const std::string& path : arguments.paths) {
         try {
             const std::string digest = Digest(md5.Get(), path, progress);
@@ -155,11 +155,10 @@ void PrintDigests(const DigestArguments& arguments) {
             std::printf("%s  %s\n", digest.c_str(), tool::OneLine(path).c_str());
         } catch (const Failure& failure) {
             progress.Clear();
-            std::fprintf(stderr, "qvtool: %s\n", failure.what());
-            ++failed;
+            errors.Tell(failure.what());
         }
     }
-    if (failed > 0) throw Failure(tool::Grouped(failed) + " files could not be read");
+    errors.Finish("file", "files", "could not be read");
 }
 
 void SetUpMD5(tool::Command md5) {

@@ -11,28 +11,6 @@ namespace tool {
 
 namespace {
 
-class Descriptor final {
-public:
-    explicit Descriptor(int value) : value_(value) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() { Close(); }
-
-    void Reset(int value) {
-        Close();
-        value_ = value;
-    }
-    [[nodiscard]] int Get() const { return value_; }
-    bool Close() {
-        const bool closed = value_ < 0 || close(value_) == 0;
-        value_ = -1;
-        return closed;
-    }
-
-private:
-    int value_;
-};
-
 // Opens a folder in another one, making it when it is missing. A link in its place is refused.
 int EnterFolder(int parent, const std::string& name) {
     if (mkdirat(parent, name.c_str(), 0777) != 0 && errno != EEXIST) {
@@ -43,6 +21,31 @@ int EnterFolder(int parent, const std::string& name) {
         throw Failure(SystemText(name));
     }
     return folder;
+}
+
+// A new file in the folder; any other of its name must have gone.
+void WriteNewFile(int folder, const char* name, unsigned mode, const ExtractionFolder::Writer& writer) {
+    Descriptor file(openat(folder, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+    if (file.Get() < 0) throw Failure(SystemText("cannot create it"));
+    try {
+        writer(file.Get());
+        if (fchmod(file.Get(), mode & 0777) != 0 || !file.Close()) {
+            throw Failure(SystemText("cannot write it"));
+        }
+    } catch (...) {
+        unlinkat(folder, name, 0);
+        throw;
+    }
+}
+
+// The older file, or the link in its place, stays until the new one is whole.
+void ReplaceFile(int folder, const char* name, unsigned mode, const ExtractionFolder::Writer& writer) {
+    const std::string temporary = ".qvtool-" + std::to_string(getpid());
+    WriteNewFile(folder, temporary.c_str(), mode, writer);
+    if (renameat(folder, temporary.c_str(), folder, name) == 0) return;
+    const Failure failure(SystemText("cannot replace it"));
+    unlinkat(folder, temporary.c_str(), 0);
+    throw failure;
 }
 
 }  // namespace
@@ -61,46 +64,27 @@ std::vector<std::string> SafeComponents(const std::string& name) {
     return components;
 }
 
-ExtractionFolder::ExtractionFolder(const std::string& path) : path_(path) {
+ExtractionFolder::ExtractionFolder(const std::string& path) {
     if (mkdir(path.c_str(), 0777) != 0 && errno != EEXIST) {
         throw Failure(SystemText(path));
     }
-    descriptor_ = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor_ < 0) {
+    descriptor_.Reset(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (descriptor_.Get() < 0) {
         throw Failure(SystemText(path));
     }
-}
-
-ExtractionFolder::~ExtractionFolder() {
-    close(descriptor_);
 }
 
 void ExtractionFolder::WriteFile(const std::string& name, unsigned mode, bool overwrite,
                                  const Writer& writer) {
     const std::vector<std::string> components = SafeComponents(name);
-    Descriptor opened(-1);
-    int folder = descriptor_;
+    Descriptor opened;
+    int folder = descriptor_.Get();
     for (std::size_t i = 0; i + 1 < components.size(); ++i) {
         folder = EnterFolder(folder, components[i]);
         opened.Reset(folder);
     }
-    const char* leaf = components.back().c_str();
-    if (overwrite && unlinkat(folder, leaf, 0) != 0 && errno != ENOENT) {
-        throw Failure(SystemText("cannot replace it"));
-    }
-    Descriptor file(openat(folder, leaf, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
-    if (file.Get() < 0) {
-        throw Failure(SystemText("cannot create it"));
-    }
-    try {
-        writer(file.Get());
-        if (fchmod(file.Get(), mode & 0777) != 0 || !file.Close()) {
-            throw Failure(SystemText("cannot write it"));
-        }
-    } catch (...) {
-        unlinkat(folder, leaf, 0);
-        throw;
-    }
+    const auto write = overwrite ? ReplaceFile : WriteNewFile;
+    write(folder, components.back().c_str(), mode, writer);
 }
 
 }  // namespace tool

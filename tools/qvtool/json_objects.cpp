@@ -44,7 +44,9 @@ public:
 
 private:
     [[noreturn]] void Fail(const std::string& what) const {
-        throw Failure(what + " (at " + (place_.empty() ? "/" : place_) + ")");
+        constexpr std::size_t kShownLength = 200;
+        const std::string end = place_.size() > kShownLength ? "..." : "";
+        throw Failure(what + " (at " + (place_.empty() ? "/" : place_.substr(0, kShownLength)) + end + ")");
     }
 
     Object Text(const std::string& text) const {

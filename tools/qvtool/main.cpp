@@ -4,6 +4,7 @@
 #include <new>
 
 #include "commands.h"
+#include "tool.h"
 
 namespace tool {
 
@@ -27,7 +28,7 @@ namespace {
 
 int Fail(const char* message) {
     std::fflush(stdout);
-    std::fprintf(stderr, "qvtool: %s\n", message);
+    tool::TellError(message);
     return 1;
 }
 

@@ -8,25 +8,17 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include "descriptor.h"
 #include "tool.h"
 
 namespace tool {
 namespace {
 
-class Descriptor final {
-public:
-    Descriptor(const std::string& path, int flags) : value_(open(path.c_str(), flags | O_CLOEXEC)) {
-        if (value_ < 0) throw Failure(SystemText(path));
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() { close(value_); }
-
-    [[nodiscard]] int Get() const { return value_; }
-
-private:
-    int value_;
-};
+int Open(const std::string& path, int flags) {
+    const int descriptor = open(path.c_str(), flags | O_CLOEXEC);
+    if (descriptor < 0) throw Failure(SystemText(path));
+    return descriptor;
+}
 
 // While it lives, the signals that would end the program only end a read from the terminal, so that the
 // terminal is put right before the program goes.
@@ -78,12 +70,12 @@ SecretKey::~SecretKey() {
 }
 
 void SecretKey::ReadFile(const std::string& path) {
-    const Descriptor file(path, O_RDONLY);
+    const Descriptor file(Open(path, O_RDONLY));
     Read(file.Get(), Until::kEnd, path);
 }
 
 void SecretKey::Ask(const char* prompt) {
-    const Descriptor terminal("/dev/tty", O_RDWR | O_NOCTTY);
+    const Descriptor terminal(Open("/dev/tty", O_RDWR | O_NOCTTY));
     const InterruptedReads interruptedReads;
     const SilentTerminal silent(terminal.Get());
     const std::size_t length = std::strlen(prompt);

@@ -7,25 +7,42 @@
 
 namespace tool {
 
-Object PathText(const std::string& path) {
-    Object text(QVStringCreateWithCString(path.c_str()));
-    if (!path.empty() && QVStringGetLength(text.Get()) == 0) {
-        throw Failure(OneLine(path) + ": the name is not UTF-8 text");
+namespace {
+
+// Every control character, and the backslash if asked, as a backslash and three octal digits.
+std::string Escaped(const std::string& text, bool backslashToo) {
+    std::string escaped;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x20 || byte == 0x7F || (byte == '\\' && backslashToo)) {
+            char escape[5];
+            std::snprintf(escape, sizeof escape, "\\%03o", byte);
+            escaped += escape;
+        } else {
+            escaped += c;
+        }
     }
-    return text;
+    return escaped;
+}
+
+}  // namespace
+
+void TellError(const std::string& message) {
+    std::fprintf(stderr, "qvtool: %s\n", Escaped(message, false).c_str());
+}
+
+void ErrorCount::Finish(const std::string& one, const std::string& many, const std::string& what) const {
+    if (count_ > 0) throw Failure(Grouped(count_) + " " + (count_ == 1 ? one : many) + " " + what);
 }
 
 std::string OneLine(const std::string& name) {
-    std::string text;
-    for (const char c : name) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || byte == 0x7F || byte == '\\') {
-            char escape[5];
-            std::snprintf(escape, sizeof escape, "\\%03o", byte);
-            text += escape;
-        } else {
-            text += c;
-        }
+    return Escaped(name, true);
+}
+
+Object PathText(const std::string& path) {
+    Object text(QVStringCreateWithCString(path.c_str()));
+    if (!path.empty() && QVStringGetLength(text.Get()) == 0) {
+        throw Failure(path + ": the name is not UTF-8 text");
     }
     return text;
 }

@@ -17,6 +17,24 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// Tells an error on stderr, in one line: "qvtool: MESSAGE". Control characters, which a name may have, stand
+/// as a backslash and three octal digits, so that no terminal takes orders from them.
+void TellError(const std::string& message);
+
+/// Collects the errors that do not end a command; they make it fail at its end.
+class ErrorCount final {
+public:
+    void Tell(const std::string& message) {
+        TellError(message);
+        ++count_;
+    }
+    /// Throws a Failure when there were errors: "1 FILE could not be read", "2 FILES could not be read".
+    void Finish(const std::string& one, const std::string& many, const std::string& what) const;
+
+private:
+    std::size_t count_ = 0;
+};
+
 /// The library between its start and its end, with a pool for the temporaries of one command.
 class LibrarySession final {
 public:
@@ -58,7 +76,8 @@ private:
 /// no text names such a file.
 [[nodiscard]] Object PathText(const std::string& path);
 
-/// A name in one line: control characters and the backslash stand as a backslash and three octal digits.
+/// A name in one line that tells it exactly: control characters and the backslash stand as a backslash and
+/// three octal digits.
 [[nodiscard]] std::string OneLine(const std::string& name);
 
 /// A result code in words, with its number: "no such file or directory (-100)".
