@@ -487,6 +487,54 @@ TEST(Container, ReadErrorLeavesThePlaceholder) {
     EXPECT_EQ(written.substr(0, 64), std::string(64, '\0'));
 }
 
+// The next two reads fail: a stream's refill, which tells nobody, and the transfer that then misses the
+// bytes.
+class TwoReadErrors final : public qvtest::FailingFiles {
+public:
+    qv::FileError ReadAt(int descriptor, void* buffer, std::size_t size, std::uint64_t offset,
+                         std::size_t& moved) override {
+        if (left_ == 0) return FailingFiles::ReadAt(descriptor, buffer, size, offset, moved);
+        --left_;
+        return qv::FileError::kOther;
+    }
+    [[nodiscard]] bool HaveHappened() const { return left_ == 0; }
+
+private:
+    int left_ = 2;
+};
+
+// Decodes a container from a file that cannot be read, once, where the container's byte `at` should come. The
+// bytes before it are in the stream's buffer already.
+int CodeAfterReadErrorAt(std::size_t at, const Bytes& container) {
+    const qvtest::TemporaryDirectory directory;
+    Bytes passed(1024 - at);
+    qvtest::WriteFile(directory / "container", AsText(passed) + AsText(container));
+    const Owned in(QVStreamCreateWithFile(OpenFile(directory / "container", false).Get()));
+    EXPECT_EQ(QVStreamGetBytes(in.Get(), passed.data(), passed.size(), nullptr, 1), 0);
+
+    const Owned destination = MakeData(kBefore);
+    const Owned out(QVStreamCreateWithMemory(destination.Get()));
+    const Owned crypto = MakeCrypto(kKey, in, out);
+    const TwoReadErrors errors;
+    const int code = QVCryptoDecode(crypto.Get(), container.size());
+    EXPECT_TRUE(errors.HaveHappened());
+    EXPECT_EQ(BytesOf(destination.Get()), kBefore);
+    return code;
+}
+
+TEST(Container, LastReadOfTheHeaderReplacesAnEarlierResult) {
+    const Bytes container = Encode(Bytes(100, 1), kKey);
+    for (std::size_t at : {16, 24})
+        EXPECT_EQ(CodeAfterReadErrorAt(at, container), -101)
+            << "before the header's size is known, byte " << at;
+    for (std::size_t at : {32, 40, 44, 48, 52})
+        EXPECT_EQ(CodeAfterReadErrorAt(at, container), -400) << "the error is forgotten, byte " << at;
+    EXPECT_EQ(CodeAfterReadErrorAt(56, container), -101) << "the last read itself";
+
+    const Bytes beyondItsEnd = Craft(1ull << 32, 24, Bytes(24, 1));
+    EXPECT_EQ(CodeAfterReadErrorAt(32, beyondItsEnd), -101) << "in place of the header's size being wrong";
+}
+
 TEST(Container, EachFailingFileCallIsMet) {
     const qvtest::TemporaryDirectory directory;
     RandomBytes random(57);
