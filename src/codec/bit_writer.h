@@ -21,14 +21,11 @@ public:
 
     // Writes the low `count` bits of `value`, whose other bits are zero; count is 0 .. kMostBits.
     void Put(std::uint64_t value, unsigned count) noexcept {
-        waiting_ |= value << (63 - waitingBits_ - count)
-                          << 1;  // in two shifts, since 64 at once is undefined
+        collected_ = collected_ << count | value;
         waitingBits_ += count;
-        StoreBig64(waiting_, next_);
-        const unsigned bytes = waitingBits_ / 8;
-        next_ += bytes;
-        waiting_ <<= 8 * bytes;
-        waitingBits_ -= 8 * bytes;
+        StoreBig64(collected_ << 1 << (63 - waitingBits_), next_);  // in two shifts: 64 at once is undefined
+        next_ += waitingBits_ / 8;
+        waitingBits_ %= 8;
     }
 
     // The number of bytes written, the last one filled up with zero bits.
@@ -39,8 +36,8 @@ public:
 private:
     std::uint8_t* begin_;
     std::uint8_t* next_;
-    std::uint64_t waiting_ = 0;  // in the top bits
-    unsigned waitingBits_ = 0;   // 0 .. 7 between calls
+    std::uint64_t collected_ = 0;  // the newest bit lowest; bits that have been written may stand above
+    unsigned waitingBits_ = 0;     // not in a full byte yet: 0 .. 7 between calls
 };
 
 }  // namespace qv

@@ -121,9 +121,15 @@ void BlockEncoder::EncodeTokens(BitWriter& bits, const std::uint16_t* tokens,
     std::array<Code, kLiteralSymbols> literalCodes;
     for (std::size_t i = 0; i < kLiteralSymbols; ++i)
         literalCodes[i] = {literals_.Patterns()[i], literals_.Lengths()[i]};
-    std::array<Code, kDistanceSymbols> distanceCodes;
-    for (std::size_t i = 0; i < kDistanceSymbols; ++i) {
-        distanceCodes[i] = {distances_.Patterns()[i], distances_.Lengths()[i]};
+    // A distance's code and the offset's low bits behind it are one number.
+    struct DistanceCode {
+        std::uint32_t pattern, length, offsetMask;
+    };
+    std::array<DistanceCode, kDistanceSymbols> distanceCodes;
+    for (unsigned i = 0; i < kDistanceSymbols; ++i) {
+        const unsigned extraBits = ExtraBits(i);
+        distanceCodes[i] = {distances_.Patterns()[i] << extraBits, distances_.Lengths()[i] + extraBits,
+                            (1u << extraBits) - 1};
     }
 
     BitWriter writer = bits;  // a local copy lives in registers
@@ -135,13 +141,11 @@ void BlockEncoder::EncodeTokens(BitWriter& bits, const std::uint16_t* tokens,
             continue;
         }
         const unsigned offset = tokens[++i];
-        const unsigned distanceClass = static_cast<unsigned>(std::bit_width(offset));
-        const Code distance = distanceCodes[distanceClass];
-        const unsigned extraBits = ExtraBits(distanceClass);
+        const DistanceCode distance = distanceCodes[std::bit_width(offset)];
         // At most 16 + 16 + 12 bits: one write.
-        std::uint64_t code = std::uint64_t{literal.pattern} << distance.length | distance.pattern;
-        code = code << extraBits | (offset & ((1u << extraBits) - 1));
-        writer.Put(code, literal.length + distance.length + extraBits);
+        writer.Put(std::uint64_t{literal.pattern} << distance.length | distance.pattern |
+                       (offset & distance.offsetMask),
+                   literal.length + distance.length);
     }
     bits = writer;
 }

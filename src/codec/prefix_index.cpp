@@ -7,8 +7,7 @@ PrefixIndex::PrefixIndex() : levels_(new std::array<Level, kLevelCount>) {
 }
 
 void PrefixIndex::Reset() noexcept {
-    (*levels_)[0].buckets.fill({kNone, kSpare});
-    seen_.fill(0);
+    (*levels_)[0].buckets.fill(kEmpty);
     newestBytes_ = 0;
     activeLevels_ = 1;
     wastedSteps_ = 0;
@@ -20,9 +19,9 @@ void PrefixIndex::AppendToHigherLevels(const std::uint8_t* window, int end, std:
         const int length = kPrefixLengths[i];
         const int place = end - length - 1;
         if (place < 0) return;
-        const std::size_t bucket = length <= 8 ? BucketOf(prefixes & (~std::uint64_t{0} >> (64 - 8 * length)))
-                                               : BucketAt(window + place, length);
-        Enter((*levels_)[i], bucket, place);
+        const Key key = length <= 8 ? KeyOf(prefixes & (~std::uint64_t{0} >> (64 - 8 * length)))
+                                    : KeyAt(window + place, length);
+        Enter((*levels_)[i], key, place);
     }
 }
 
@@ -32,9 +31,9 @@ void PrefixIndex::SwitchNextLevelOn(const std::uint8_t* window, int base, int en
     const int length = kPrefixLengths[activeLevels_];
     Level& level = (*levels_)[activeLevels_];
     ++activeLevels_;
-    level.buckets.fill({kNone, kSpare});
+    level.buckets.fill(kEmpty);
     for (int place = base; place + length + 1 <= end; ++place)
-        Enter(level, BucketAt(window + place, length), place);
+        Enter(level, KeyAt(window + place, length), place);
 }
 
 }  // namespace qv

@@ -47,29 +47,33 @@ public:
     // The window does not begin at `base` any longer, but one byte further.
     void DropOldest(const std::uint8_t* window, int base) noexcept;
 
-    // Whether these three bytes may have a holder; most answers on random data are no.
-    [[nodiscard]] bool HasSeen(const std::uint8_t* triple) const noexcept;
+    // An end of a list. Greater than every place.
+    static constexpr std::int16_t kNone = 0x7FFF;
+
+    // The oldest place before end - 3 that holds these three bytes, or kNone.
+    [[nodiscard]] int FindTriple(const std::uint8_t* window, const std::uint8_t* triple) const noexcept;
 
     struct Match {
         int place;
-        int length;  // 0: there is none
+        int length;
     };
 
-    // The oldest of the longest matches with `lookahead` among the places before end - 3: at least 3, at most
-    // `limit` bytes. `lookahead` has limit + 8 readable bytes. Bytes of the window behind `end` count as they
-    // are.
-    [[nodiscard]] Match Search(const std::uint8_t* window, int base, int end, const std::uint8_t* lookahead,
-                               int limit) noexcept;
+    // The oldest of the longest matches with `lookahead` among the places before end - 3, of at most `limit`
+    // (3 or more) bytes. `first` is what FindTriple answers. `lookahead` has limit + 8 readable bytes. Bytes
+    // of the window behind `end` count as they are.
+    [[nodiscard]] Match Search(const std::uint8_t* window, int base, int end, int first,
+                               const std::uint8_t* lookahead, int limit) noexcept;
 
 private:
     // Prefix lengths of the levels. Matches in text end at 3 to 5 bytes, which the first two sort out; data
     // of two symbols needs about 13 bytes to tell 8192 places apart.
     static constexpr std::array<int, 6> kPrefixLengths{3, 4, 6, 8, 12, 24};
     static constexpr int kLevelCount = static_cast<int>(kPrefixLengths.size());
-    // 8192 buckets for at most 8192 places: one other prefix in a list on average, and 32 KiB a level.
+    // 8192 buckets for at most 8192 places: one other prefix in a list on average, and 64 KiB a level.
     static constexpr int kBucketBits = 13;
-    // 16 KiB of bits, of which random data sets one in eight: few of its searches go any further.
-    static constexpr int kSeenBits = 17;
+    // The bits of a bucket that tell which prefixes have been entered into it. Few searches for a prefix that
+    // is not there go any further.
+    static constexpr int kSeenBits = 5;
     // Multiplying by 2^64 divided by the golden ratio spreads prefixes over the product's top bits.
     static constexpr std::uint64_t kSpread = 0x9E3779B97F4A7C15u;
     // A search may take this many steps for nothing; what it takes beyond is summed up, and at the second
@@ -77,13 +81,20 @@ private:
     static constexpr int kCheapSteps = 16;
     static constexpr int kStepsForNextLevel = 1024;
 
-    static constexpr std::int16_t kNone = -1;
     // An empty bucket's last place is a spare entry behind the window's, so that entering needs no branch.
     static constexpr std::int16_t kSpare = kWindowSize;
 
     struct Bucket {
         std::int16_t oldest;
         std::int16_t newest;
+        std::uint32_t seen;
+    };
+    static constexpr Bucket kEmpty{kNone, kSpare, 0};
+
+    // A prefix's bucket, and the bit that stands for it there.
+    struct Key {
+        std::size_t bucket;
+        std::uint32_t bit;
     };
 
     struct Level {
@@ -92,23 +103,23 @@ private:
     };
 
     // A prefix of up to 8 bytes is a number: its bytes, most significant first.
-    static std::size_t BucketOf(std::uint64_t prefix) noexcept {
-        return static_cast<std::size_t>(prefix * kSpread >> (64 - kBucketBits));
+    static Key KeyOf(std::uint64_t prefix) noexcept {
+        const auto hash = static_cast<std::size_t>(prefix * kSpread >> (64 - kBucketBits - kSeenBits));
+        return {hash >> kSeenBits, std::uint32_t{1} << hash % (1u << kSeenBits)};
     }
-    static std::size_t BucketAt(const std::uint8_t* bytes, int length) noexcept;
-    static std::size_t SeenBit(std::uint64_t triple) noexcept {
-        return static_cast<std::size_t>(triple * kSpread >> (64 - kSeenBits));
-    }
+    static Key KeyAt(const std::uint8_t* bytes, int length) noexcept;
 
-    static void Enter(Level& level, std::size_t bucket, int place) noexcept;
+    static int OldestOf(const Level& level, Key key) noexcept {
+        const Bucket bucket = level.buckets[key.bucket];
+        return (bucket.seen & key.bit) != 0 ? bucket.oldest : kNone;
+    }
+    static void Enter(Level& level, Key key, int place) noexcept;
     static int MatchLength(const std::uint8_t* a, const std::uint8_t* b, int limit) noexcept;
     int HighestLevel(int length) const noexcept;
     void AppendToHigherLevels(const std::uint8_t* window, int end, std::uint64_t prefixes) noexcept;
     void SwitchNextLevelOn(const std::uint8_t* window, int base, int end) noexcept;
 
     std::unique_ptr<std::array<Level, kLevelCount>> levels_;
-    // Which triples have ever been entered, by hash.
-    std::array<std::uint64_t, (std::size_t{1} << kSeenBits) / 64> seen_;
     // The newest 8 bytes, the newest in the low byte. Reading them back from the window would wait for
     // single-byte stores that are still under way.
     std::uint64_t newestBytes_ = 0;
@@ -118,19 +129,19 @@ private:
 
 // The functions below run once or more a token and are inline for that reason.
 
-inline std::size_t PrefixIndex::BucketAt(const std::uint8_t* bytes, int length) noexcept {
+inline PrefixIndex::Key PrefixIndex::KeyAt(const std::uint8_t* bytes, int length) noexcept {
     std::uint64_t hash = LoadBig64(bytes);
-    if (length <= 8) return BucketOf(hash >> (64 - 8 * length));
+    if (length <= 8) return KeyOf(hash >> (64 - 8 * length));
     for (int at = length - 8; at > 0; at -= 8)
         hash = (hash * kSpread >> 32) ^ LoadBig64(bytes + at);
-    return BucketOf(hash);
+    return KeyOf(hash);
 }
 
-inline void PrefixIndex::Enter(Level& level, std::size_t bucketIndex, int place) noexcept {
-    Bucket& bucket = level.buckets[bucketIndex];
+inline void PrefixIndex::Enter(Level& level, Key key, int place) noexcept {
+    Bucket& bucket = level.buckets[key.bucket];
     const Bucket before = bucket;
     const auto entry = static_cast<std::int16_t>(place);
-    bucket = {before.oldest == kNone ? entry : before.oldest, entry};
+    bucket = {std::min(before.oldest, entry), entry, before.seen | key.bit};
     level.next[place] = kNone;
     level.next[before.newest] = entry;
 }
@@ -139,30 +150,36 @@ inline void PrefixIndex::Append(const std::uint8_t* window, int end, std::uint8_
     const std::uint64_t before = newestBytes_;
     newestBytes_ = before << 8 | value;
     if (end < 4) return;
-    const std::uint64_t triple = before & 0xFFFFFF;
-    const std::size_t bit = SeenBit(triple);
-    seen_[bit / 64] |= std::uint64_t{1} << bit % 64;
-    Enter((*levels_)[0], BucketOf(triple), end - 4);
+    Enter((*levels_)[0], KeyOf(before & 0xFFFFFF), end - 4);
     if (activeLevels_ > 1) AppendToHigherLevels(window, end, before);
 }
 
 inline void PrefixIndex::DropOldest(const std::uint8_t* window, int base) noexcept {
     for (int i = 0; i < activeLevels_; ++i) {
         Level& level = (*levels_)[i];
-        Bucket& bucket = level.buckets[BucketAt(window + base, kPrefixLengths[i])];
-        bucket = {level.next[base], bucket.newest};
+        level.buckets[KeyAt(window + base, kPrefixLengths[i]).bucket].oldest = level.next[base];
     }
 }
 
-inline bool PrefixIndex::HasSeen(const std::uint8_t* triple) const noexcept {
-    const std::size_t bit = SeenBit(std::uint64_t{triple[0]} << 16 | triple[1] << 8 | triple[2]);
-    return (seen_[bit / 64] >> bit % 64 & 1) != 0;
+inline int PrefixIndex::FindTriple(const std::uint8_t* window, const std::uint8_t* triple) const noexcept {
+    const std::uint32_t prefix = std::uint32_t{triple[0]} << 16 | std::uint32_t{triple[1]} << 8 | triple[2];
+    const Level& level = (*levels_)[0];
+    int place = OldestOf(level, KeyOf(prefix));
+    while (place != kNone && LoadBig32(window + place) >> 8 != prefix)
+        place = level.next[place];
+    return place;
 }
 
 inline int PrefixIndex::MatchLength(const std::uint8_t* a, const std::uint8_t* b, int limit) noexcept {
     for (int length = 0; length < limit; length += 8) {
-        const std::uint64_t difference = LoadBig64(a + length) ^ LoadBig64(b + length);
-        if (difference != 0) return std::min(limit, length + std::countl_zero(difference) / 8);
+        std::uint64_t wordA, wordB;
+        std::memcpy(&wordA, a + length, sizeof wordA);
+        std::memcpy(&wordB, b + length, sizeof wordB);
+        const std::uint64_t difference = wordA ^ wordB;
+        if (difference == 0) continue;
+        constexpr bool kLowestFirst = std::endian::native == std::endian::little;
+        const int equalBits = kLowestFirst ? std::countr_zero(difference) : std::countl_zero(difference);
+        return std::min(limit, length + equalBits / 8);
     }
     return limit;
 }
@@ -175,35 +192,32 @@ inline int PrefixIndex::HighestLevel(int length) const noexcept {
     return level;
 }
 
-inline PrefixIndex::Match PrefixIndex::Search(const std::uint8_t* window, int base, int end,
+inline PrefixIndex::Match PrefixIndex::Search(const std::uint8_t* window, int base, int end, int first,
                                               const std::uint8_t* lookahead, int limit) noexcept {
-    const std::uint64_t triple = LoadBig64(lookahead) >> 40;
+    const auto lengthAt = [=](int place) {
+        return MatchLength(window + place, lookahead, std::min(limit, kWindowSize - place));
+    };
+    Match best{first, lengthAt(first)};
     int levelIndex = 0;
-    const Level* level = &(*levels_)[0];
-    int place = level->buckets[BucketOf(triple)].oldest;
-    while (place != kNone && LoadBig32(window + place) >> 8 != triple)
-        place = level->next[place];
-    if (place == kNone) return {0, 0};
-
-    Match best{place, 2};
     int steps = 0;
-    while (place != kNone && best.length + place + 1 < end) {
-        ++steps;
-        const int current = place;
-        place = level->next[current];
-        if (window[current + best.length] != lookahead[best.length]) continue;
-        const int length = MatchLength(window + current, lookahead, std::min(limit, kWindowSize - current));
-        if (length <= best.length) continue;
-
-        best = {current, length};
-        if (length == limit || length + current + 1 >= end) break;
-        const int higher = HighestLevel(length + 1);
-        if (higher == levelIndex) continue;
+    while (best.length < limit && best.length + best.place + 1 < end) {
+        const int higher = HighestLevel(best.length + 1);
+        if (higher != levelIndex) steps = 0;
         levelIndex = higher;
-        level = &(*levels_)[higher];
-        steps = 0;
-        place = kPrefixLengths[higher] > length ? level->buckets[BucketAt(lookahead, length + 1)].oldest
-                                                : level->next[current];
+        const Level& level = (*levels_)[levelIndex];
+        int place = kPrefixLengths[levelIndex] > best.length
+                        ? OldestOf(level, KeyAt(lookahead, best.length + 1))
+                        : level.next[best.place];
+        int length = best.length;
+        // The end of the list ends this as well.
+        for (; best.length + place + 1 < end; place = level.next[place]) {
+            ++steps;
+            if (window[place + best.length] != lookahead[best.length]) continue;
+            length = lengthAt(place);
+            if (length > best.length) break;
+        }
+        if (length <= best.length) break;
+        best = {place, length};
     }
     if (steps > kCheapSteps && levelIndex == activeLevels_ - 1) {
         wastedSteps_ += steps - kCheapSteps;

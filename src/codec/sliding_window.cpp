@@ -19,7 +19,8 @@ void SlidingWindow::Reset() noexcept {
     index_.Reset();
 }
 
-PrefixIndex::Match SlidingWindow::SearchIndex(const std::uint8_t* lookahead, std::size_t size) noexcept {
+SlidingWindow::Match SlidingWindow::SearchIndex(int first, const std::uint8_t* lookahead,
+                                                std::size_t size) noexcept {
     const int limit = LongestFor(size);
     // The index reads whole words; near its end the lookahead moves to where that is harmless.
     std::uint8_t copy[kLongest + PrefixIndex::kPadding];
@@ -28,7 +29,8 @@ PrefixIndex::Match SlidingWindow::SearchIndex(const std::uint8_t* lookahead, std
         std::memset(copy + limit, 0, PrefixIndex::kPadding);
         lookahead = copy;
     }
-    return index_.Search(window_.get(), base_, base_ + count_, lookahead, limit);
+    const auto found = index_.Search(window_.get(), base_, base_ + count_, first, lookahead, limit);
+    return MatchAt(found.place, found.length);
 }
 
 inline int SlidingWindow::LengthAt(int place, const std::uint8_t* lookahead, int limit) const noexcept {

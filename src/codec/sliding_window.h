@@ -57,7 +57,7 @@ private:
         const int longest = std::min(kLongest, count_);
         return size < static_cast<std::size_t>(longest) ? static_cast<int>(size) : longest;
     }
-    [[nodiscard]] PrefixIndex::Match SearchIndex(const std::uint8_t* lookahead, std::size_t size) noexcept;
+    [[nodiscard]] Match SearchIndex(int first, const std::uint8_t* lookahead, std::size_t size) noexcept;
     [[nodiscard]] Match SearchLists(const std::uint8_t* lookahead, int limit) const noexcept;
     [[nodiscard]] Match SearchNewestPlaces(const std::uint8_t* lookahead, int limit) const noexcept;
     [[nodiscard]] bool HasPairBefore(const std::uint8_t* pair, int stop) const noexcept;
@@ -108,10 +108,8 @@ inline SlidingWindow::Match SlidingWindow::Search(const std::uint8_t* lookahead,
     if (size < 3 || count_ < 3) return {0, 0};
     if (rebased_) return SearchLists(lookahead, LongestFor(size));
 
-    if (index_.HasSeen(lookahead)) {
-        const PrefixIndex::Match found = SearchIndex(lookahead, size);
-        if (found.length != 0) return MatchAt(found.place, found.length);
-    }
+    const int first = index_.FindTriple(window_.get(), lookahead);
+    if (first != PrefixIndex::kNone) return SearchIndex(first, lookahead, size);
     // Few lookaheads continue like this, so the rest is out of the way.
     const std::uint8_t* const end = &window_[base_ + count_];
     if (lookahead[2] != end[-1] && lookahead[2] != end[0]) return {0, 0};
