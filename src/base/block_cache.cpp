@@ -20,12 +20,17 @@ constexpr bool kCaching = true;
 #endif
 
 constexpr std::size_t kGranule = 16;
-// Every object of the library but the largest coders fits 192 bytes.
-constexpr std::size_t kClasses = 12;
+// Every object of the library but the largest coders fits 192 bytes, a dictionary's table of twelve keys 352.
+constexpr std::size_t kClasses = 24;
 constexpr std::size_t kLargest = kGranule * kClasses;
-// At most this many blocks of a class are kept: 1024 * (16 + ... + 192) bytes are 1.2 MiB for a thread in the
-// worst case.
-constexpr std::uint16_t kMostKept = 1024;
+// At most this much of a class is kept, 12 MiB for a thread in the worst case: enough to take a tree of
+// several thousand objects apart and to build the next one from its blocks.
+constexpr std::size_t kMostBytesKept = 512 * 1024;
+
+constexpr std::uint16_t MostKept(std::size_t index) {
+    return static_cast<std::uint16_t>(kMostBytesKept / ((index + 1) * kGranule));
+}
+static_assert(kMostBytesKept / kGranule <= 0xFFFF);
 
 struct KeptBlock {
     KeptBlock* next;
@@ -44,32 +49,34 @@ struct FreeList {
 enum class Janitor : std::uint8_t { kNone, kWatching, kGone };
 [[gnu::tls_model("initial-exec")]] constinit thread_local Janitor janitorState = Janitor::kNone;
 
-void EmptyFreeLists(std::uint16_t roomAfterwards) noexcept {
-    for (FreeList& list : freeLists) {
+void EmptyFreeLists(bool keepsMore) noexcept {
+    for (std::size_t index = 0; index < kClasses; ++index) {
+        FreeList& list = freeLists[index];
         while (list.first != nullptr) {
             KeptBlock* block = list.first;
             list.first = block->next;
             ::operator delete(block);
         }
-        list.room = roomAfterwards;
+        list.room = keepsMore ? MostKept(index) : 0;
     }
 }
 
 struct ThreadEnd {
     ThreadEnd() noexcept {
         janitorState = Janitor::kWatching;
-        EmptyFreeLists(kMostKept);
+        EmptyFreeLists(true);
     }
     ThreadEnd(const ThreadEnd&) = delete;
     ThreadEnd& operator=(const ThreadEnd&) = delete;
     ~ThreadEnd() {
         janitorState = Janitor::kGone;
-        EmptyFreeLists(0);
+        EmptyFreeLists(false);
     }
 };
 
-// Makes sure that what is kept goes back when the thread ends; answers whether blocks may be kept.
-bool StartKeeping() noexcept {
+// Makes sure that what is kept goes back when the thread ends; answers whether blocks may be kept. Rare, and
+// kept out of the way of what is not.
+[[gnu::noinline]] bool StartKeeping() noexcept {
     if (janitorState != Janitor::kNone) return false;
     static thread_local ThreadEnd threadEnd;
     return true;
@@ -101,7 +108,7 @@ void FreeBlock(void* block, std::size_t size) noexcept {
 }
 
 void ReleaseKeptBlocks() noexcept {
-    if (janitorState == Janitor::kWatching) EmptyFreeLists(kMostKept);
+    if (janitorState == Janitor::kWatching) EmptyFreeLists(true);
 }
 
 }  // namespace qv
