@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "base/ascii.h"
 #include "base/processor.h"
 #include "base/utf8_kernels.h"
 
@@ -18,6 +19,24 @@ Utf8Progress EncodeValid(const wchar_t* text, size_t count, char* out, size_t ro
     return plain::EncodeUtf8(text, count, out, room, from);
 }
 
+[[gnu::noinline]] std::optional<size_t> DecodeLongUtf8(const char* bytes, size_t size, wchar_t* out,
+                                                       size_t room) noexcept {
+    Utf8Progress done;
+#if QV_X86
+    if (HasAvx512Compress()) {
+        done = avx512::DecodeUtf8(bytes, size, out, room);
+    } else if (HasAvx2()) {
+        done = avx2::DecodeUtf8(bytes, size, out, room);
+    }
+#endif
+    done = plain::DecodeUtf8(bytes, size, out, room, done);
+    if (done.read != size) return std::nullopt;
+    return done.written;
+}
+
+// Up to here a plain loop is done before a vector one has begun.
+constexpr size_t kShort = 32;
+
 bool IsCodePoint(wchar_t character) noexcept {
     const auto value = static_cast<uint32_t>(character);
     return value <= 0x10FFFF && (value & 0xFFFFF800) != 0xD800;
@@ -33,17 +52,8 @@ size_t CountUtf8Characters(const char* bytes, size_t size) noexcept {
 }
 
 std::optional<size_t> DecodeUtf8(const char* bytes, size_t size, wchar_t* out, size_t room) noexcept {
-    Utf8Progress done;
-#if QV_X86
-    if (HasAvx512Compress()) {
-        done = avx512::DecodeUtf8(bytes, size, out, room);
-    } else if (HasAvx2()) {
-        done = avx2::DecodeUtf8(bytes, size, out, room);
-    }
-#endif
-    done = plain::DecodeUtf8(bytes, size, out, room, done);
-    if (done.read != size) return std::nullopt;
-    return done.written;
+    if (size <= kShort && size <= room && WidenAscii(bytes, size, out) == size) return size;
+    return DecodeLongUtf8(bytes, size, out, room);
 }
 
 size_t Utf8Size(const wchar_t* text, size_t count) noexcept {
