@@ -5,6 +5,7 @@
 #include <QVFoundation/QVLibrary.h>
 
 #include "collections/QVArrayImpl.h"
+#include "collections/handover.h"
 #include "runtime/Guard.h"
 #include "runtime/Owned.h"
 
@@ -128,4 +129,9 @@ void QVArraySetObjectAtIndex(void* array, void* object, unsigned long index) noe
 
 long QVArrayIndexOfObject(void* array, void* object) noexcept {
     return With<QVArrayImpl>(array, -1L, [object](const QVArrayImpl& a) { return a.IndexOfObject(object); });
+}
+
+void qv::HandToArray(void* array, Owned&& object) {
+    FromHandle<QVArrayImpl>(array)->AdoptObject(object.Get());
+    (void)object.Detach();
 }

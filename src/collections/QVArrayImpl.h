@@ -26,6 +26,9 @@ public:
     // Retains and appends without a word: throws when there is no room, and then has retained nothing.
     void AppendObject(void* object);
 
+    // The same with the caller's reference, which stays the caller's when it throws.
+    void AdoptObject(void* object) { store_.Append(object); }
+
     void AddObject(void* object);
     void InsertObject(void* object, std::size_t index);
     void RemoveObject(std::size_t index);

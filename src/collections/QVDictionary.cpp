@@ -3,6 +3,7 @@
 
 #include "collections/QVDictionaryImpl.h"
 #include "collections/dictionary_entries.h"
+#include "collections/handover.h"
 #include "runtime/Guard.h"
 
 using qv::CreateObject;
@@ -54,6 +55,17 @@ void* QVDictionaryCreateData(void* dictionary) noexcept {
 }
 
 qv::DictionaryEntry qv::GetDictionaryEntry(void* dictionary, std::size_t index) noexcept {
-    const KeyedEntry* entry = FromHandle<QVDictionaryImpl>(dictionary)->Entries().InOrder()[index];
+    // Whoever asks for one entry asks for the next ones, which in large dictionaries lie anywhere in memory.
+    constexpr std::size_t kEntryDistance = 8;
+    constexpr std::size_t kValueDistance = 4;
+    const auto entries = FromHandle<QVDictionaryImpl>(dictionary)->Entries().InOrder();
+    if (index + kEntryDistance < entries.size()) __builtin_prefetch(entries[index + kEntryDistance]);
+    if (index + kValueDistance < entries.size()) __builtin_prefetch(entries[index + kValueDistance]->value);
+    const KeyedEntry* entry = entries[index];
     return {entry->Key(), entry->keyLength, entry->value};
+}
+
+void qv::HandToDictionary(void* dictionary, Owned&& value, const wchar_t* key) {
+    FromHandle<QVDictionaryImpl>(dictionary)->AdoptObject(value.Get(), key);
+    (void)value.Detach();
 }

@@ -32,6 +32,10 @@ void QVDictionaryImpl::SetObject(void* value, const wchar_t* key) {
     }
 }
 
+void QVDictionaryImpl::AdoptObject(void* value, const wchar_t* key) {
+    QVRelease(map_.Put(key, value));
+}
+
 void QVDictionaryImpl::RemoveObject(const wchar_t* key) {
     if (key != nullptr) QVRelease(map_.Remove(key));
 }

@@ -18,6 +18,9 @@ public:
     // Borrowed; null when there is none.
     [[nodiscard]] void* GetObject(const wchar_t* key) const;
     void SetObject(void* value, const wchar_t* key);
+    // Puts a value that is not null under the key, with the caller's reference, which stays the caller's when
+    // this throws.
+    void AdoptObject(void* value, const wchar_t* key);
     void RemoveObject(const wchar_t* key);
     void AddEntriesFromDictionary(QVDictionaryImpl* other);
 

@@ -1,6 +1,9 @@
+#include <cstring>
+
 #include <QVFoundation/QVNumber.h>
 
 #include "collections/QVNumberImpl.h"
+#include "collections/number_bytes.h"
 #include "runtime/Guard.h"
 
 using qv::CreateObject;
@@ -105,4 +108,13 @@ float QVNumberGetFloatValue(void* number) noexcept {
 
 double QVNumberGetDoubleValue(void* number) noexcept {
     return ValueOf<double>(number);
+}
+
+qv::NumberBytes qv::GetNumberBytes(void* number) noexcept {
+    const auto& object = *FromHandle<QVNumberImpl>(number);
+    return object.Visit([&](auto value) {
+        NumberBytes bytes = {0, object.GetNativeType(), sizeof value};
+        std::memcpy(&bytes.bits, &value, sizeof value);
+        return bytes;
+    });
 }

@@ -25,33 +25,38 @@ public:
 
     [[nodiscard]] int GetNativeType() const { return nativeType_; }
 
-    template <class T>
-    [[nodiscard]] T GetValue() const {
+    // Gives the value, as it is, to the visitor.
+    template <class Visitor>
+    auto Visit(Visitor visit) const {
         switch (nativeType_) {
             case QVNumberTypeBool:
-                return qv::ConvertNumber<T>(bool_);
+                return visit(bool_);
             case QVNumberTypeUInt8:
-                return qv::ConvertNumber<T>(uint8_);
+                return visit(uint8_);
             case QVNumberTypeUInt16:
-                return qv::ConvertNumber<T>(uint16_);
+                return visit(uint16_);
             case QVNumberTypeUInt32:
-                return qv::ConvertNumber<T>(uint32_);
+                return visit(uint32_);
             case QVNumberTypeUInt64:
-                return qv::ConvertNumber<T>(uint64_);
+                return visit(uint64_);
             case QVNumberTypeSInt8:
-                return qv::ConvertNumber<T>(sint8_);
+                return visit(sint8_);
             case QVNumberTypeSInt16:
-                return qv::ConvertNumber<T>(sint16_);
+                return visit(sint16_);
             case QVNumberTypeSInt32:
-                return qv::ConvertNumber<T>(sint32_);
+                return visit(sint32_);
             case QVNumberTypeSInt64:
-                return qv::ConvertNumber<T>(sint64_);
+                return visit(sint64_);
             case QVNumberTypeFloat:
-                return qv::ConvertNumber<T>(float_);
-            case QVNumberTypeDouble:
-                return qv::ConvertNumber<T>(double_);
+                return visit(float_);
+            default:
+                return visit(double_);
         }
-        return T{};
+    }
+
+    template <class T>
+    [[nodiscard]] T GetValue() const {
+        return Visit([](auto value) { return qv::ConvertNumber<T>(value); });
     }
 
 private:

@@ -53,13 +53,18 @@ void* KeyedMap::Find(const wchar_t* key) const noexcept {
 
 void* KeyedMap::Put(const wchar_t* key, void* value) {
     const Hashed hashed = HashKey(key);
+    std::size_t slot = 0;
     if (slots_ != nullptr) {
-        KeyedEntry* entry = slots_[FindSlot(key, hashed)].entry;
+        slot = FindSlot(key, hashed);
+        KeyedEntry* entry = slots_[slot].entry;
         if (entry != nullptr) return std::exchange(entry->value, value);
     }
-    if (placesUsed_ == PlacesFor(slotCount_)) MakeRoom();
+    if (placesUsed_ == PlacesFor(slotCount_)) {
+        MakeRoom();
+        slot = FindSlot(key, hashed);
+    }
     KeyedEntry* entry = CreateKeyedEntry(key, hashed.length, value);
-    slots_[FindSlot(key, hashed)] = {entry, hashed.hash};
+    slots_[slot] = {entry, hashed.hash};
     entry->place = placesUsed_;
     places_[placesUsed_++] = entry;
     return nullptr;

@@ -26,7 +26,7 @@ public:
     }
     Owned(const Owned&) = delete;
     Owned& operator=(const Owned&) = delete;
-    ~Owned() { QVRelease(handle_); }
+    ~Owned() { Reset(); }
 
     [[nodiscard]] void* Get() const noexcept { return handle_; }
     explicit operator bool() const noexcept { return handle_ != nullptr; }
@@ -34,7 +34,10 @@ public:
     // Gives the reference up to the caller.
     [[nodiscard]] void* Detach() noexcept { return std::exchange(handle_, nullptr); }
     // Adopts another reference, then releases the old one.
-    void Reset(void* adopted = nullptr) noexcept { QVRelease(std::exchange(handle_, adopted)); }
+    void Reset(void* adopted = nullptr) noexcept {
+        void* old = std::exchange(handle_, adopted);
+        if (old != nullptr) QVRelease(old);  // most are given away before they end
+    }
 
 private:
     void* handle_ = nullptr;

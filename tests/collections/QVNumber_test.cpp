@@ -8,6 +8,7 @@
 
 #include <QVFoundation/QVNumber.h>
 
+#include "collections/number_bytes.h"
 #include "models/number_model.h"
 #include "runtime/Owned.h"
 #include "support/failing_allocator.h"
@@ -304,6 +305,31 @@ TEST(Number, WithoutMemoryIsNullAndSilent) {
         }
     }
     EXPECT_TRUE(log.Messages().empty());
+}
+
+template <class T>
+void ExpectBytes(void* created, int nativeType, T value) {
+    const Owned number{created};
+    const qv::NumberBytes bytes = qv::GetNumberBytes(number.Get());
+    EXPECT_EQ(bytes.nativeType, nativeType);
+    EXPECT_EQ(bytes.size, sizeof value);
+    std::uint64_t expected = 0;
+    std::memcpy(&expected, &value, sizeof value);
+    EXPECT_EQ(bytes.bits, expected);
+}
+
+TEST(Number, ItsBytesAreThoseOfItsNativeType) {
+    ExpectBytes<bool>(QVNumberCreateWithBool(1), QVNumberTypeBool, true);
+    ExpectBytes<unsigned char>(QVNumberCreateWithUInt8(0xFE), QVNumberTypeUInt8, 0xFE);
+    ExpectBytes<unsigned short>(QVNumberCreateWithUInt16(0xFEDC), QVNumberTypeUInt16, 0xFEDC);
+    ExpectBytes<unsigned int>(QVNumberCreateWithUInt32(0xFEDCBA98), QVNumberTypeUInt32, 0xFEDCBA98);
+    ExpectBytes<unsigned long long>(QVNumberCreateWithUInt64(1ULL << 63), QVNumberTypeUInt64, 1ULL << 63);
+    ExpectBytes<signed char>(QVNumberCreateWithSInt8(-2), QVNumberTypeSInt8, -2);
+    ExpectBytes<short>(QVNumberCreateWithSInt16(-2), QVNumberTypeSInt16, -2);
+    ExpectBytes<int>(QVNumberCreateWithSInt32(-2), QVNumberTypeSInt32, -2);
+    ExpectBytes<long long>(QVNumberCreateWithSInt64(-2), QVNumberTypeSInt64, -2);
+    ExpectBytes<float>(QVNumberCreateWithFloat(-1.5F), QVNumberTypeFloat, -1.5F);
+    ExpectBytes<double>(QVNumberCreateWithDouble(-1.5), QVNumberTypeDouble, -1.5);
 }
 
 }  // namespace
