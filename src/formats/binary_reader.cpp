@@ -18,10 +18,10 @@
 
 #include "base/utf8.h"
 #include "collections/date_components.h"
+#include "collections/handover.h"
 #include "collections/raw_data.h"
 #include "formats/binary_tags.h"
 #include "formats/container_path.h"
-#include "runtime/filling.h"
 
 namespace qv {
 namespace {
@@ -119,7 +119,7 @@ public:
             }
             if (result != QVNoErr) return result;
             // No value is a container that was opened: its objects come next.
-            if (value) AddToTop(value);
+            if (value) HandToTop(std::move(value));
         }
     }
 
@@ -129,7 +129,7 @@ private:
     struct OpenContainer {
         Owned container;
         bool isDictionary;
-        std::wstring key;  // where the next value goes
+        std::size_t keyStart;  // where in keys_ the key of its next value stands
     };
 
     template <class Value>
@@ -140,7 +140,7 @@ private:
     int Open(Owned container, bool isDictionary) {
         if (open_.size() == kDeepestNesting) return QVErrFormat;
         if (!container) return QVErrMemory;
-        open_.push_back({std::move(container), isDictionary, {}});
+        open_.push_back({std::move(container), isDictionary, keysEnd_});
         return QVNoErr;
     }
 
@@ -150,39 +150,41 @@ private:
         return container;
     }
 
-    void AddToTop(const Owned& value) {
+    void HandToTop(Owned&& value) {
         const OpenContainer& top = open_.back();
         if (top.isDictionary) {
-            SetOrThrow(top.container.Get(), value.Get(), top.key.c_str());
+            HandToDictionary(top.container.Get(), std::move(value), keys_.data() + top.keyStart);
         } else {
-            AppendOrThrow(top.container.Get(), value.Get());
+            HandToArray(top.container.Get(), std::move(value));
         }
     }
 
     int ReadNext(Owned& value) {
         if (!open_.empty() && open_.back().isDictionary) {
-            const int result = ReadKey(open_.back().key);
+            const int result = ReadKey(open_.back().keyStart);
             if (result != QVNoErr) return result;
         }
         return ReadObject(value);
     }
 
-    int ReadKey(std::wstring& key) {
+    int ReadKey(std::size_t start) {
         BinaryTag tag{};
-        const int result = Get(tag);
+        int result = Get(tag);
         if (result != QVNoErr) return result;
         if (tag == BinaryTag::kEnd) return QVErrEndOfObjects;
-        return tag == BinaryTag::kString ? ReadText(key) : QVErrFormat;
+        if (tag != BinaryTag::kString) return QVErrFormat;
+        std::string_view bytes;
+        result = source_.GetText(bytes);
+        return result != QVNoErr ? result : KeepKey(start, bytes);
     }
 
-    int ReadText(std::wstring& text) {
-        std::string_view bytes;
-        const int result = source_.GetText(bytes);
-        if (result != QVNoErr) return result;
-        text.resize(Utf8ToWideMax(bytes.size()));
-        const std::optional<std::size_t> length = DecodeUtf8(bytes.data(), bytes.size(), text.data());
+    int KeepKey(std::size_t start, std::string_view bytes) {
+        const std::size_t room = start + Utf8ToWideMax(bytes.size()) + 1;
+        if (keys_.size() < room) keys_.resize(room);
+        const std::optional<std::size_t> length = DecodeUtf8(bytes.data(), bytes.size(), &keys_[start]);
         if (!length) return QVErrMemory;
-        text.resize(*length);
+        keys_[start + *length] = L'\0';
+        keysEnd_ = start + *length + 1;
         return QVNoErr;
     }
 
@@ -242,10 +244,14 @@ private:
     }
 
     int ReadString(Owned& string) {
-        const int result = ReadText(text_);
+        std::string_view bytes;
+        const int result = source_.GetText(bytes);
         if (result != QVNoErr) return result;
-        string.Reset(RequireObject(
-            QVStringCreateWithWideStringAndLength(text_.data(), static_cast<unsigned long>(text_.size()))));
+        Owned text{RequireObject(
+            QVStringCreateWithCStringAndLength(bytes.data(), static_cast<unsigned long>(bytes.size())))};
+        // Bytes that are not UTF-8 make an empty string.
+        if (!bytes.empty() && QVStringGetLength(text.Get()) == 0) return QVErrMemory;
+        string = std::move(text);
         return QVNoErr;
     }
 
@@ -275,7 +281,9 @@ private:
 
     Source& source_;
     std::vector<OpenContainer> open_;
-    std::wstring text_;
+    // The keys of the open dictionaries, one behind the other and each terminated, and room behind them.
+    std::wstring keys_;
+    std::size_t keysEnd_ = 0;
 };
 
 template <class Source>

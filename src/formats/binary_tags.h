@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include <QVFoundation/QVNumber.h>
+
 namespace qv {
 
 enum class BinaryTag : std::uint8_t {
@@ -26,6 +28,14 @@ enum class BinaryTag : std::uint8_t {
     kDictionary = 35,
     kDate = 36,
 };
+
+// The tag of a number that is no boolean, by its native type (QVNumberTypeUInt8 and so on).
+[[nodiscard]] constexpr BinaryTag TagOfNumber(int nativeType) {
+    constexpr BinaryTag kTags[] = {
+        BinaryTag::kUInt8,  BinaryTag::kUInt16, BinaryTag::kUInt32, BinaryTag::kUInt64, BinaryTag::kSInt8,
+        BinaryTag::kSInt16, BinaryTag::kSInt32, BinaryTag::kSInt64, BinaryTag::kFloat,  BinaryTag::kDouble};
+    return kTags[nativeType - QVNumberTypeUInt8];
+}
 
 inline constexpr int kSecondsPerHour = 3600;
 inline constexpr int kSecondsPerMinute = 60;

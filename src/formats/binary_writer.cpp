@@ -1,5 +1,6 @@
 #include "formats/binary_writer.h"
 
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,6 +16,7 @@
 
 #include "base/utf8.h"
 #include "collections/dictionary_entries.h"
+#include "collections/number_bytes.h"
 #include "formats/binary_tags.h"
 #include "formats/container_path.h"
 #include "formats/data_writer.h"
@@ -22,11 +24,23 @@
 namespace qv {
 namespace {
 
-// Where the bytes go. Both kinds take pieces of bytes and text, and answer 0 or a result code.
+// Where the bytes go. Both kinds take numbers, pieces of bytes and text, and answer 0 or a result code.
 class MemorySink {
 public:
+    template <class Value>
+    int PutValue(Value value) {
+        out_.AppendValue(value);
+        return QVNoErr;
+    }
     int Put(std::string_view bytes) {
         out_.Append(bytes);
+        return QVNoErr;
+    }
+    int PutNumber(BinaryTag tag, const NumberBytes& value) {
+        char* at = out_.Room(1 + sizeof value.bits);
+        *at = static_cast<char>(tag);
+        std::memcpy(at + 1, &value.bits, sizeof value.bits);
+        out_.EndAt(at + 1 + value.size);
         return QVNoErr;
     }
     int PutText(std::wstring_view text) {
@@ -44,8 +58,16 @@ class StreamSink {
 public:
     explicit StreamSink(void* stream) : stream_(stream) {}
 
+    template <class Value>
+    int PutValue(Value value) {
+        return Put({reinterpret_cast<const char*>(&value), sizeof value});
+    }
     int Put(std::string_view bytes) {
         return QVStreamPutBytes(stream_, bytes.data(), static_cast<unsigned long>(bytes.size()), nullptr, 1);
+    }
+    int PutNumber(BinaryTag tag, const NumberBytes& value) {
+        const int result = PutValue(tag);
+        return result != QVNoErr ? result : Put({reinterpret_cast<const char*>(&value.bits), value.size});
     }
     int PutText(std::wstring_view text) {
         if (text.empty()) return QVNoErr;
@@ -80,17 +102,12 @@ private:
         unsigned long next;
     };
 
-    int PutTag(BinaryTag tag) { return PutValue(tag); }
-
-    template <class Value>
-    int PutValue(Value value) {
-        return sink_.Put({reinterpret_cast<const char*>(&value), sizeof value});
-    }
+    int PutTag(BinaryTag tag) { return sink_.PutValue(tag); }
 
     template <class Value>
     int PutTagged(BinaryTag tag, Value value) {
         const int result = PutTag(tag);
-        return result != QVNoErr ? result : PutValue(value);
+        return result != QVNoErr ? result : sink_.PutValue(value);
     }
 
     int WriteNext(OpenContainer& top) {
@@ -133,38 +150,16 @@ private:
     }
 
     int WriteNumber(void* number) {
-        switch (QVNumberGetNativeType(number)) {
-            case QVNumberTypeBool:
-                return PutTag(QVNumberGetBoolValue(number) != 0 ? BinaryTag::kTrue : BinaryTag::kFalse);
-            case QVNumberTypeUInt8:
-                return PutTagged(BinaryTag::kUInt8, QVNumberGetUInt8Value(number));
-            case QVNumberTypeUInt16:
-                return PutTagged(BinaryTag::kUInt16, QVNumberGetUInt16Value(number));
-            case QVNumberTypeUInt32:
-                return PutTagged(BinaryTag::kUInt32, QVNumberGetUInt32Value(number));
-            case QVNumberTypeUInt64:
-                return PutTagged(BinaryTag::kUInt64, QVNumberGetUInt64Value(number));
-            case QVNumberTypeSInt8:
-                return PutTagged(BinaryTag::kSInt8, QVNumberGetSInt8Value(number));
-            case QVNumberTypeSInt16:
-                return PutTagged(BinaryTag::kSInt16, QVNumberGetSInt16Value(number));
-            case QVNumberTypeSInt32:
-                return PutTagged(BinaryTag::kSInt32, QVNumberGetSInt32Value(number));
-            case QVNumberTypeSInt64:
-                return PutTagged(BinaryTag::kSInt64, QVNumberGetSInt64Value(number));
-            case QVNumberTypeFloat:
-                return PutTagged(BinaryTag::kFloat, QVNumberGetFloatValue(number));
-            case QVNumberTypeDouble:
-                return PutTagged(BinaryTag::kDouble, QVNumberGetDoubleValue(number));
-            default:
-                return QVErrParam;
-        }
+        const NumberBytes value = GetNumberBytes(number);
+        if (value.nativeType == QVNumberTypeBool)
+            return PutTag(value.bits != 0 ? BinaryTag::kTrue : BinaryTag::kFalse);
+        return sink_.PutNumber(TagOfNumber(value.nativeType), value);
     }
 
     int WriteText(std::wstring_view text) {
         int result = PutTag(BinaryTag::kString);
         if (result == QVNoErr) result = sink_.PutText(text);
-        return result != QVNoErr ? result : PutValue('\0');
+        return result != QVNoErr ? result : sink_.PutValue('\0');
     }
 
     int WriteData(void* data) {
@@ -186,7 +181,7 @@ private:
              {static_cast<long>(QVDateGetMonthOfYear(date)), static_cast<long>(QVDateGetDayOfMonth(date)),
               static_cast<long>(QVDateGetHour(date)), static_cast<long>(QVDateGetMinutes(date)),
               static_cast<long>(QVDateGetSeconds(date)), hours, offset - hours * kSecondsPerHour}) {
-            if (result == QVNoErr) result = PutValue(static_cast<std::uint8_t>(field));
+            if (result == QVNoErr) result = sink_.PutValue(static_cast<std::uint8_t>(field));
         }
         return result;
     }

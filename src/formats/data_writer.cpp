@@ -1,34 +1,22 @@
 #include "formats/data_writer.h"
 
 #include <algorithm>
-#include <cstring>
 #include <new>
 #include <utility>
 
 #include <QVFoundation/QVData.h>
 
-#include "base/utf8.h"
+#include "collections/raw_data.h"
 
 namespace qv {
 
-DataWriter::DataWriter() : data_(RequireObject(QVDataCreate(nullptr, 0))) {}
-
-void DataWriter::Append(std::string_view bytes) {
-    while (!bytes.empty()) {
-        if (used_ == sizeof buffer_) FlushBuffer();
-        const std::size_t count = std::min(bytes.size(), sizeof buffer_ - used_);
-        std::memcpy(buffer_ + used_, bytes.data(), count);
-        used_ += count;
-        bytes.remove_prefix(count);
-    }
-}
-
-void DataWriter::AppendUtf8(std::wstring_view text) {
-    constexpr std::size_t kLongest = Utf8SizeMax(1);
+void DataWriter::AppendLongUtf8(std::wstring_view text) {
+    // The longest form of a piece bounds the room that is asked for and not used.
+    constexpr std::size_t kPiece = 256;
     while (!text.empty()) {
-        if (sizeof buffer_ - used_ < kLongest) FlushBuffer();
-        const std::size_t count = std::min(text.size(), (sizeof buffer_ - used_) / kLongest);
-        used_ += EncodeUtf8Lossy(text.data(), count, buffer_ + used_);
+        const std::size_t count = std::min(text.size(), kPiece);
+        char* const out = Room(Utf8SizeMax(count));
+        EndAt(out + EncodeUtf8Lossy(text.data(), count, out));
         text.remove_prefix(count);
     }
 }
@@ -43,15 +31,29 @@ void DataWriter::AppendEscaped(std::wstring_view text, HtmlCharSet charSet) {
 }
 
 Owned DataWriter::Finish() {
-    FlushBuffer();
+    const auto size = static_cast<unsigned long>(Size());
+    if (!data_) return Owned{RequireObject(QVDataCreate(first_, size))};
+    QVDataSetSize(data_.Get(), size);  // cutting needs no memory
     return std::move(data_);
 }
 
-void DataWriter::FlushBuffer() {
-    if (used_ > 0 && QVDataAppendBuffer(data_.Get(), buffer_, static_cast<unsigned long>(used_)) == 0) {
-        throw std::bad_alloc();
+// Doubles what there is; where so much cannot be had, takes what is needed.
+void DataWriter::Grow(std::size_t count) {
+    const std::size_t size = Size();
+    if (data_) {
+        QVDataSetSize(data_.Get(), static_cast<unsigned long>(size));
+    } else {
+        data_.Reset(RequireObject(QVDataCreate(first_, static_cast<unsigned long>(size))));
     }
-    used_ = 0;
+    for (const std::size_t room : {std::max(count, size), count}) {
+        unsigned char* added = ExtendData(data_.Get(), room);
+        if (added == nullptr) continue;
+        end_ = reinterpret_cast<char*>(added);
+        limit_ = end_ + room;
+        size_ = size + room;
+        return;
+    }
+    throw std::bad_alloc();
 }
 
 }  // namespace qv

@@ -373,12 +373,13 @@ public:
 
 private:
     std::wstring Text() {
-        std::wstring text(Below(30), L'x');
-        for (wchar_t& character : text) {
-            static constexpr wchar_t kCharacters[] = {L'a', L'\u00E9', L'\u65E5', L'\U0001F600',
-                                                      0x7F, L'\u07FF', L'\u0800'};
-            character = kCharacters[Below(7)];
-        }
+        // Every other text is plain ASCII, and some are long.
+        static constexpr wchar_t kCharacters[] = {L'a',          0x7F,      L'\u00E9', L'\u65E5',
+                                                  L'\U0001F600', L'\u07FF', L'\u0800'};
+        const std::size_t kinds = Below(2) == 0 ? 2 : std::size(kCharacters);
+        std::wstring text(Below(20) == 0 ? Below(600) : Below(30), L'x');
+        for (wchar_t& character : text)
+            character = kCharacters[Below(kinds)];
         return text;
     }
 
