@@ -42,7 +42,12 @@ Comparison CompareAdding() {
         int value = 0;
     };
     const std::vector<std::shared_ptr<Peer>> peers(kCount, std::make_shared<Peer>());
-    return {Times([objects = std::vector<void*>(kCount, QVNullCreate())] {
+    const std::vector<void*> objects(kCount, QVNullCreate());
+    void* filled = MakeArray(objects);
+    Require(QVArrayGetCount(filled) == kCount, "elements");
+    QVRelease(filled);
+    Require(QVGetRetainCount(objects.front()) == 1, "references left behind");
+    return {Times([objects] {
                 void* array = MakeArray(objects);
                 Keep(array);
                 QVRelease(array);
@@ -58,7 +63,10 @@ Comparison CompareAdding() {
 
 Comparison CompareGetting() {
     constexpr std::size_t kCount = 1000;
-    void* array = MakeArray(MakeObjects(kCount));
+    const std::vector<void*> objects = MakeObjects(kCount);
+    void* array = MakeArray(objects);
+    for (std::size_t i = 0; i < kCount; ++i)
+        Require(QVArrayGetObjectAtIndex(array, i) == objects[i], "another element");
     const Message add("addObject:");
     const Message objectAt("objectAtIndex:");
     const id peer = NewObject("NSMutableArray");
@@ -182,6 +190,9 @@ Comparison CompareLookups(std::size_t count) {
 Comparison CompareBuilding(std::size_t count) {
     void* value = QVNullCreate();
     const auto keys = std::make_shared<const std::vector<std::wstring>>(MakeKeys(count));
+    void* built = BuildDictionary(*keys, value);
+    Require(QVDictionaryCount(built) == count, "entries");
+    QVRelease(built);
     return {Times([=] {
                 void* dictionary = BuildDictionary(*keys, value);
                 Keep(dictionary);
@@ -200,6 +211,9 @@ Comparison CompareWalking(std::size_t count) {
     void* value = QVNullCreate();
     const std::shared_ptr<void> dictionary(BuildDictionary(keys, value), QVRelease);
     const std::shared_ptr<GTree> tree(BuildTree(keys, value), g_tree_unref);
+    void* checked = QVDictionaryObjectArray(dictionary.get());
+    Require(QVArrayGetCount(checked) == count, "values");
+    QVRelease(checked);
     return {Times([=] {
                 void* values = QVDictionaryObjectArray(dictionary.get());
                 for (std::size_t i = 0; i < count; ++i)
@@ -224,7 +238,13 @@ GBytes* MakePeerElement() {
 }
 
 Comparison CompareListEnds() {
-    return {Times([object = QVNullCreate()] {
+    void* element = QVNullCreate();
+    void* checked = QVLinkedListCreate();
+    QVLinkedListAddObject(checked, element);
+    QVLinkedListRemoveFrontObject(checked);
+    Require(QVLinkedListGetCount(checked) == 0 && QVGetRetainCount(element) == 1, "an element left behind");
+    QVRelease(checked);
+    return {Times([object = element] {
                 void* list = QVLinkedListCreate();
                 for (std::size_t i = 0; i < kListCount; ++i)
                     QVLinkedListAddObject(list, object);
@@ -251,6 +271,9 @@ Comparison CompareListWalks() {
         QVLinkedListAddObject(list.get(), object);
         g_queue_push_tail(queue.get(), object);
     }
+    const std::shared_ptr<void> checked(QVLinkedListCreateObjectEnumerator(list.get()), QVRelease);
+    for (const GList* node = queue->head; node != nullptr; node = node->next)
+        Require(QVEnumeratorNextObject(checked.get()) == node->data, "another element");
     return {Times([list] {
                 void* enumerator = QVLinkedListCreateObjectEnumerator(list.get());
                 while (void* object = QVEnumeratorNextObject(enumerator))

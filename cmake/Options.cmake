@@ -16,7 +16,7 @@ option(QV_SHARED "Build libQVFoundation as a shared library" ON)
 option(QV_LTO "Optimise across files when linking the shared library" OFF)
 option(QV_WERROR "Treat warnings as errors" OFF)
 option(QV_BUILD_TOOLS "Build qvtool (needs CLI11)" ${BUILD_TESTING})
-option(QV_BUILD_BENCH "Build the benchmarks (needs Google Benchmark and the peers)" OFF)
+option(QV_BUILD_BENCH "Build the benchmarks (needs the peers that ./dev bench installs)" OFF)
 option(QV_BUILD_FUZZ "Build the fuzz targets (needs clang)" OFF)
 set(QV_SANITIZE "" CACHE STRING "Sanitizers for every target, such as address,undefined")
 

@@ -12,8 +12,8 @@
  * for applications that decode. The library must be up; while it is down each function logs "QVFoundation is
  * not initialized." and answers the object it was given.
  *
- *     void* text = QVStringByReplacingToHTMLCharSet(QVSTR(L"R&D caf\u00E9"), 0);   // "R&amp;D caf&eacute;",
- * temporary
+ *     // "R&amp;D caf&eacute;", temporary
+ *     void* text = QVStringByReplacingToHTMLCharSet(QVSTR(L"R&D caf\u00E9"), 0);
  */
 #ifndef QVFOUNDATION_QVHTMLCHARSET_H
 #define QVFOUNDATION_QVHTMLCHARSET_H
