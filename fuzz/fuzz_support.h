@@ -14,6 +14,11 @@ inline void StartLibrary() {
     (void)started;
 }
 
+// The key of the containers in the corpus: fixed, so that mutations of a true container get as far as the
+// fingerprint.
+inline constexpr char kContainerKey[] = "fuzzing key";
+inline constexpr unsigned long kContainerKeySize = sizeof kContainerKey - 1;
+
 inline void Check(bool condition, const char* what) {
     if (condition) return;
     std::fprintf(stderr, "fuzz: %s\n", what);

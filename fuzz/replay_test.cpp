@@ -25,6 +25,11 @@ constexpr Target kTargets[] = {
     {"string_decoding", qvfuzz::StringDecoding},
 };
 
+std::string ReadFile(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
 class Corpus : public testing::TestWithParam<Target> {
 protected:
     // The inputs in the order of their names, so that a failure can be repeated.
@@ -36,10 +41,8 @@ protected:
         }
         std::sort(paths.begin(), paths.end());
         std::vector<std::string> inputs;
-        for (const std::filesystem::path& path : paths) {
-            std::ifstream file(path, std::ios::binary);
-            inputs.emplace_back(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-        }
+        for (const std::filesystem::path& path : paths)
+            inputs.push_back(ReadFile(path));
         return inputs;
     }
 
@@ -67,6 +70,19 @@ TEST_P(Corpus, EverySmallChangeIsSurvived) {
             Run(changed);
         }
     }
+}
+
+// What is behind a container's fingerprint is reached from a true one only.
+TEST(ContainerCorpus, HoldsATrueContainer) {
+    qvfuzz::StartLibrary();
+    const qvfuzz::Scope scope;
+    const std::string bytes = ReadFile(FUZZ_CORPUS "/container_decode/whole");
+    void* container = QVTEMPOBJ(QVDataCreate(bytes.data(), bytes.size()));
+    void* key = QVTEMPOBJ(QVDataCreate(qvfuzz::kContainerKey, qvfuzz::kContainerKeySize));
+    void* plain = QVCryptoDecodeData(container, key);
+    ASSERT_NE(plain, nullptr);
+    const std::string text(static_cast<const char*>(QVDataGetImutableBuffer(plain)), QVDataGetSize(plain));
+    EXPECT_EQ(text, "a plaintext whose last block is cut short");
 }
 
 INSTANTIATE_TEST_SUITE_P(Fuzz, Corpus, testing::ValuesIn(kTargets),
