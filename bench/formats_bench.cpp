@@ -1,16 +1,25 @@
-// The binary object format and property lists.
+// The binary object format, property lists and style sheets.
 
 #include <cbor.h>
 #include <cstdlib>
 #include <cstring>
+#include <cwctype>
+#include <fstream>
 #include <glib.h>
+#include <iterator>
+#include <map>
 #include <memory>
 #include <msgpack.h>
 #include <plist/plist.h>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
+#include <QVFoundation/QVAdditions.h>
 #include <QVFoundation/QVArray.h>
 #include <QVFoundation/QVBinaryFormat.h>
+#include <QVFoundation/QVCSSParser.h>
 #include <QVFoundation/QVData.h>
 #include <QVFoundation/QVDictionary.h>
 #include <QVFoundation/QVNumber.h>
@@ -354,6 +363,179 @@ Comparison CompareWritingLists() {
             "libplist plist_to_xml", kEntries};
 }
 
+// ---- style sheets ----
+
+// A rule as plain values.
+struct PlainRule {
+    std::vector<std::wstring> selectors;
+    std::map<std::wstring, std::wstring> properties;
+    std::vector<std::wstring> order;
+
+    bool operator==(const PlainRule&) const = default;
+};
+
+// The plain way to the same rules: character by character into the standard library's containers.
+class PlainSheet {
+public:
+    explicit PlainSheet(std::wstring_view sheet) : sheet_(sheet) {}
+
+    bool Next(PlainRule& rule) {
+        rule = {};
+        while (at_ < sheet_.size() && SkippedBetweenRules()) {
+        }
+        if (at_ == sheet_.size()) return false;
+        const bool hasBody = ReadSelectors(rule);
+        if (!hasBody) return true;
+        ++at_;  // the brace
+        if (!rule.selectors.empty() && rule.selectors.front() == L"@media") return true;
+        while (at_ < sheet_.size() && ReadProperty(rule)) {
+        }
+        return true;
+    }
+
+private:
+    bool SkippedBetweenRules() {
+        if (sheet_[at_] >= 0x20) return SkippedComment();
+        ++at_;
+        return true;
+    }
+
+    bool SkippedComment() {
+        if (sheet_.substr(at_, 2) != L"/*") return false;
+        const std::size_t end = sheet_.find(L"*/", at_);
+        at_ = end == sheet_.npos ? sheet_.size() : end + 2;
+        return true;
+    }
+
+    std::wstring Collect(std::wstring_view delimiters) {
+        std::wstring text;
+        while (at_ < sheet_.size() && delimiters.find(sheet_[at_]) == delimiters.npos) {
+            if (!SkippedComment()) text += sheet_[at_++];
+        }
+        return text;
+    }
+
+    static std::wstring Trimmed(const std::wstring& text) {
+        std::size_t start = 0, end = text.size();
+        while (start < end && std::iswspace(static_cast<wint_t>(text[start])))
+            ++start;
+        while (start < end && std::iswspace(static_cast<wint_t>(text[end - 1])))
+            --end;
+        return text.substr(start, end - start);
+    }
+
+    bool ReadSelectors(PlainRule& rule) {
+        std::wstring text = Collect(L"{;}");
+        const bool hasBody = at_ < sheet_.size() && sheet_[at_] == L'{';
+        if (!hasBody && at_ < sheet_.size()) text += sheet_[at_++];
+        std::wstring selector;
+        for (const wchar_t character : text + L' ') {
+            if (std::wstring_view(L" ,\t\r\n").find(character) == std::wstring_view::npos) {
+                selector += character;
+            } else if (!selector.empty()) {
+                rule.selectors.push_back(std::exchange(selector, {}));
+            }
+        }
+        return hasBody;
+    }
+
+    bool ReadProperty(PlainRule& rule) {
+        const std::wstring name = Trimmed(Collect(L":}"));
+        if (at_ == sheet_.size() || sheet_[at_++] == L'}') return false;
+        const std::wstring value = Trimmed(Collect(L";}"));
+        if (at_ == sheet_.size()) return false;
+        rule.properties[name] = value;
+        rule.order.push_back(name);
+        return sheet_[at_++] == L';';
+    }
+
+    std::wstring_view sheet_;
+    std::size_t at_ = 0;
+};
+
+std::wstring TextOf(void* string) {
+    return {QVStringGetBuffer(string), QVStringGetLength(string)};
+}
+
+std::vector<std::wstring> TextsOf(void* array) {
+    std::vector<std::wstring> texts;
+    for (unsigned long i = 0; i < QVArrayGetCount(array); ++i)
+        texts.push_back(TextOf(QVArrayGetObjectAtIndex(array, i)));
+    return texts;
+}
+
+PlainRule RuleOf(void* element) {
+    PlainRule rule{
+        TextsOf(QVCSSElementGetSelectors(element)), {}, TextsOf(QVCSSElementGetPropertyOrder(element))};
+    void* properties = QVCSSElementGetProperties(element);
+    for (const std::wstring& name : rule.order)
+        rule.properties[name] = TextOf(QVDictionaryGetObject(properties, name.c_str()));
+    Require(QVDictionaryCount(properties) == rule.properties.size(), "other properties");
+    return rule;
+}
+
+// Hands every element of the sheet to `use`.
+template <class Use>
+void ParseOurs(void* parser, Use use) {
+    unsigned int start = 0, length = 0;
+    for (unsigned int from = 0;; from = start + length) {
+        void* element = QVCSSParserFindNextCSSElement(parser, from, &start, &length, nullptr);
+        if (element == nullptr) return;
+        use(element);
+    }
+}
+
+// Rules of one to three selectors and one to eight declarations.
+std::string GeneratedSheet() {
+    static constexpr const char* kNames[] = {"color",      "margin-left",      "padding",     "font-family",
+                                             "border-top", "background-color", "line-height", "display"};
+    static constexpr const char* kValues[] = {"#336699",        "0 auto",      "1.5em 2em", "Georgia, serif",
+                                              "1px solid #ccc", "transparent", "150%",      "inline-block"};
+    std::string sheet;
+    for (std::size_t rule = 0; rule < 2000; ++rule) {
+        if (rule % 16 == 0) sheet += "/* section " + std::to_string(rule / 16) + " */\n";
+        sheet += "div.section-" + std::to_string(rule);
+        for (std::size_t i = 0; i < rule % 3; ++i)
+            sheet += ", p.note" + std::to_string(i);
+        sheet += " {\n";
+        for (std::size_t i = 0; i <= rule % 8; ++i)
+            sheet += std::string("  ") + kNames[(rule + i) % 8] + ": " + kValues[(rule * 3 + i) % 8] + ";\n";
+        sheet += "}\n";
+    }
+    return sheet;
+}
+
+// The sheet of a packaged framework.
+std::string RealSheet() {
+    std::ifstream file("/usr/share/bootstrap-html/css/bootstrap.css", std::ios::binary);
+    std::string sheet{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    Require(!sheet.empty(), "the package libjs-bootstrap is not on this machine");
+    return sheet;
+}
+
+Comparison CompareParsing(const std::string& sheet) {
+    const Handle string = Adopt(QVStringCreateWithCStringAndLength(sheet.data(), sheet.size()));
+    const Handle parser = Adopt(QVCSSParserCreateWithString(string.get()));
+    PlainSheet plain({QVStringGetBuffer(string.get()), QVStringGetLength(string.get())});
+    PlainRule rule;
+    std::size_t rules = 0;
+    ParseOurs(parser.get(), [&](void* element) {
+        Require(plain.Next(rule) && RuleOf(element) == rule, "another rule");
+        ++rules;
+    });
+    Require(!plain.Next(rule) && rules > 1000, "another number of rules");
+    QVTemporaryObjectsPoolHandleEvents();
+    return {DrainPool(Times([parser] { ParseOurs(parser.get(), [](void* element) { Keep(element); }); }), 1),
+            Times([string] {
+                PlainSheet reader({QVStringGetBuffer(string.get()), QVStringGetLength(string.get())});
+                std::vector<PlainRule> parsed(1);
+                while (reader.Next(parsed.back()))
+                    parsed.emplace_back();
+                Keep(parsed.data());
+            }),
+            "plain: std::wstring, std::vector and std::map", static_cast<double>(sheet.size()), true};
+}
+
 }  // namespace
 
 void AddFormatsComparisons(Suite& suite) {
@@ -361,6 +543,8 @@ void AddFormatsComparisons(Suite& suite) {
     suite.Add("binary.decode", CompareDecoding);
     suite.Add("binary.build_and_encode", CompareBuildingAndEncoding);
     suite.Add("plist.write_100000", CompareWritingLists);
+    suite.Add("css.parse.generated", [] { return CompareParsing(GeneratedSheet()); });
+    suite.Add("css.parse.real", [] { return CompareParsing(RealSheet()); });
 }
 
 }  // namespace bench

@@ -1,14 +1,15 @@
 #include "formats/QVCCSSParser.h"
 
 #include <string>
+#include <utility>
 
 #include <QVFoundation/QVArray.h>
 #include <QVFoundation/QVDictionary.h>
 #include <QVFoundation/QVString.h>
 
+#include "collections/handover.h"
 #include "formats/QVCCSSElement.h"
 #include "runtime/Handle.h"
-#include "runtime/filling.h"
 
 using qv::CssResult;
 using qv::CssRule;
@@ -29,14 +30,14 @@ Owned CreateArray(std::size_t capacity) {
 Owned CreateElement(const CssRule& rule) {
     const Owned selectors = CreateArray(rule.selectors.size());
     for (const std::wstring_view selector : rule.selectors) {
-        qv::AppendOrThrow(selectors.Get(), CreateString(selector).Get());
+        qv::HandToArray(selectors.Get(), CreateString(selector));
     }
     const Owned order = CreateArray(rule.properties.size());
     const Owned properties{RequireObject(QVDictionaryCreate())};
     for (const CssRule::Property& property : rule.properties) {
-        const Owned name = CreateString(property.name);
-        qv::SetOrThrow(properties.Get(), CreateString(property.value).Get(), QVStringGetBuffer(name.Get()));
-        qv::AppendOrThrow(order.Get(), name.Get());
+        Owned name = CreateString(property.name);
+        qv::HandToDictionary(properties.Get(), CreateString(property.value), QVStringGetBuffer(name.Get()));
+        qv::HandToArray(order.Get(), std::move(name));
     }
     auto* element = new QVCCSSElement;
     Owned handle{qv::ToHandle(element)};
@@ -91,8 +92,8 @@ Owned QVCCSSParser::CreateCharSetSelectors(QVEncodingInfo encoding) {
     void* name = QVGetMIMECharSetName(encoding.encoding, encoding.byteOrder);
     if (name == nullptr || QVStringGetLength(name) == 0) return Owned();
     Owned selectors = CreateArray(2);
-    qv::AppendOrThrow(selectors.Get(), CreateString(L"@charset").Get());
+    qv::HandToArray(selectors.Get(), CreateString(L"@charset"));
     const std::wstring quoted = std::wstring(L"\"").append(QVStringGetBuffer(name)).append(L"\";");
-    qv::AppendOrThrow(selectors.Get(), CreateString(quoted).Get());
+    qv::HandToArray(selectors.Get(), CreateString(quoted));
     return selectors;
 }

@@ -25,6 +25,14 @@ bool IsPrintable(wchar_t character) {
     return code != 0x2028 && code != 0x2029 && code != 0xFEFF;
 }
 
+// The sets are so small that a loop at hand beats any search.
+bool IsOneOf(wchar_t character, Text set) {
+    for (const wchar_t member : set) {
+        if (character == member) return true;
+    }
+    return false;
+}
+
 Text Trimmed(Text text) {
     while (!text.empty() && IsSpace(text.front()))
         text.remove_prefix(1);
@@ -57,7 +65,7 @@ public:
         std::wstring collected;
         std::size_t runStart = position_;
         bool isWhole = true;
-        for (; !IsAtEnd() && delimiters.find(Current()) == delimiters.npos;) {
+        while (!IsAtEnd() && !IsOneOf(Current(), delimiters)) {
             if (!IsAtComment()) {
                 Advance();
                 continue;
