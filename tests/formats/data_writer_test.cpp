@@ -8,6 +8,7 @@
 
 #include "models/binary_encoder.h"
 #include "support/failing_allocator.h"
+#include "support/log_capture.h"
 
 namespace {
 
@@ -136,6 +137,7 @@ TEST(DataWriter, SmallResultsTakeNoMoreThanTheirSize) {
 
 TEST(DataWriter, EveryFailingAllocationIsThrownOrMadeGood) {
     const std::string piece(3000, 'x');
+    const qvtest::LogCapture log;
     const std::size_t before = qvtest::LiveAllocations();
     const std::size_t failures = qvtest::FailEachAllocation([&] {
         try {
