@@ -1,5 +1,7 @@
 #include "codec/QVHuffmanCodingImpl.h"
 
+#include <algorithm>
+#include <cstring>
 #include <limits>
 #include <vector>
 
@@ -85,6 +87,14 @@ Owned MakePatternArray(const std::vector<std::uint32_t>& patterns) {
 
 }  // namespace
 
+int QVHuffmanCodingImpl::CountFrequencyOfData(const std::uint8_t* bytes, std::size_t size,
+                                              std::uint32_t* frequencies) noexcept {
+    std::fill_n(frequencies, 256, 0u);
+    for (std::size_t i = 0; i < size; ++i)
+        ++frequencies[bytes[i]];
+    return 0;
+}
+
 bool QVHuffmanCodingImpl::SetFrequencyTable(const std::uint32_t* frequencies, std::size_t count) {
     // The frequencies may be those that this coder has lent, so the old objects go last.
     Owned newTable;
@@ -98,28 +108,52 @@ bool QVHuffmanCodingImpl::SetFrequencyTable(const std::uint32_t* frequencies, st
     bitLengthTable_.Reset();
     rootTree_.Reset();
     bitPatternTable_.Reset();
+    replaced_ = false;
     return built;
 }
 
 int QVHuffmanCodingImpl::Encode(void* outputBitStream, std::uint32_t symbol) const noexcept {
+    if (replaced_) return EncodeByObjects(outputBitStream, symbol);
     if (!frequencyTable_ || symbol >= tables_.Patterns().size()) return QVErrParam;
     return QVOutputBitStreamPutUInt32(outputBitStream, tables_.Patterns()[symbol], tables_.Lengths()[symbol],
                                       nullptr, 1);
 }
 
+int QVHuffmanCodingImpl::EncodeByObjects(void* outputBitStream, std::uint32_t symbol) const noexcept {
+    void* const pattern = QVArrayGetObjectAtIndex(bitPatternTable_.Get(), symbol);
+    // These come from outside, so they may be anything.
+    if (pattern == nullptr || QVGetTypeID(pattern) != QVTypeIDNumber) return QVErrParam;
+    if (symbol >= QVDataGetSize(bitLengthTable_.Get()) / sizeof(std::uint32_t)) return QVErrParam;
+    std::uint32_t length = 0;
+    std::memcpy(&length,
+                static_cast<const std::uint8_t*>(QVDataGetImutableBuffer(bitLengthTable_.Get())) +
+                    symbol * sizeof length,
+                sizeof length);
+    return QVOutputBitStreamPutUInt32(outputBitStream, QVNumberGetUInt32Value(pattern), length, nullptr, 1);
+}
+
+void QVHuffmanCodingImpl::Replace(Owned& object, void* replacement) {
+    // From here on nothing is made from the tables any more.
+    static_cast<void>(GetBitLengthTableData());
+    static_cast<void>(GetRootTree());
+    static_cast<void>(GetBitPatternTable());
+    object = Owned::Retaining(replacement);
+    replaced_ = true;
+}
+
 void* QVHuffmanCodingImpl::GetBitLengthTableData() {
-    if (frequencyTable_ && !bitLengthTable_) {
+    if (MakesObjects() && !bitLengthTable_) {
         bitLengthTable_ = MakeTable(tables_.Lengths().data(), tables_.Lengths().size());
     }
     return bitLengthTable_.Get();
 }
 
 void* QVHuffmanCodingImpl::GetRootTree() {
-    if (frequencyTable_ && !rootTree_) rootTree_ = MakeTree(tables_.Nodes());
+    if (MakesObjects() && !rootTree_) rootTree_ = MakeTree(tables_.Nodes());
     return rootTree_.Get();
 }
 
 void* QVHuffmanCodingImpl::GetBitPatternTable() {
-    if (frequencyTable_ && !bitPatternTable_) bitPatternTable_ = MakePatternArray(tables_.Patterns());
+    if (MakesObjects() && !bitPatternTable_) bitPatternTable_ = MakePatternArray(tables_.Patterns());
     return bitPatternTable_.Get();
 }

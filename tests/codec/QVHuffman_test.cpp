@@ -11,7 +11,9 @@
 #include <QVFoundation/QVNumber.h>
 #include <QVFoundation/QVTree.h>
 
+#include "codec/QVHuffmanCodingImpl.h"
 #include "models/plain_huffman.h"
+#include "runtime/Handle.h"
 #include "runtime/Owned.h"
 #include "support/failing_allocator.h"
 #include "support/log_capture.h"
@@ -158,6 +160,96 @@ TEST(Huffman, ANullOrEmptyTableChangesNothing) {
     EXPECT_EQ(QVHuffmanSetFrequencyTable(coder.Get(), nullptr, 2), QVErrParam);
     EXPECT_EQ(QVHuffmanSetFrequencyTable(coder.Get(), &one, 0), QVErrParam);
     EXPECT_EQ(QVHuffmanGetBitLengthTableData(coder.Get()), lengths);
+}
+
+QVHuffmanCodingImpl& ObjectOf(const Owned& coder) {
+    return *qv::FromHandle<QVHuffmanCodingImpl>(coder.Get());
+}
+
+// The bytes of the stream after its release: the last one holds what is left, be it no bit.
+Table Encoded(const Owned& coder, std::initializer_list<unsigned> symbols) {
+    Owned data{QVDataCreate(nullptr, 0)};
+    Owned bits{QVOutputBitStreamCreateWithData(data.Get(), 0)};
+    for (const unsigned symbol : symbols)
+        EXPECT_EQ(QVHuffmanEncode(coder.Get(), bits.Get(), symbol), 0);
+    bits.Reset();
+    const auto* bytes = static_cast<const std::uint8_t*>(QVDataGetImutableBuffer(data.Get()));
+    return {bytes, bytes + QVDataGetSize(data.Get())};
+}
+
+TEST(Huffman, CountsHowOftenEachByteOccurs) {
+    const std::uint8_t bytes[] = {7, 255, 7, 0, 7};
+    Table expected(256, 0);
+    expected[0] = 1;
+    expected[7] = 3;
+    expected[255] = 1;
+    Table counts(256, 99);
+    EXPECT_EQ(QVHuffmanCodingImpl::CountFrequencyOfData(bytes, sizeof bytes, counts.data()), 0);
+    EXPECT_EQ(counts, expected);
+    EXPECT_EQ(QVHuffmanCodingImpl::CountFrequencyOfData(nullptr, 0, counts.data()), 0);
+    EXPECT_EQ(counts, Table(256, 0));
+}
+
+TEST(Huffman, AReplacedObjectIsLentAndTheOthersStay) {
+    const Owned coder = MakeCoder({1, 1, 2});
+    const Table lengths = Values(QVHuffmanGetBitLengthTableData(coder.Get()));
+    const Owned data{QVDataCreate("abcd", 4)};
+    const Owned tree{QVTreeCreate()};
+    ObjectOf(coder).SetFrequencyTableData(data.Get());
+    ObjectOf(coder).SetRootTree(tree.Get());
+    EXPECT_EQ(QVGetRetainCount(data.Get()), 2u);
+    EXPECT_EQ(QVHuffmanGetFrequencyTableData(coder.Get()), data.Get());
+    EXPECT_EQ(QVHuffmanGetRootTree(coder.Get()), tree.Get());
+    EXPECT_EQ(Values(QVHuffmanGetBitLengthTableData(coder.Get())), lengths);
+    EXPECT_EQ(Patterns(coder.Get()), (Table{2, 3, 0}));
+
+    ObjectOf(coder).SetFrequencyTableData(nullptr);
+    EXPECT_EQ(QVGetRetainCount(data.Get()), 1u);
+    EXPECT_EQ(QVHuffmanGetFrequencyTableData(coder.Get()), nullptr);
+    EXPECT_EQ(QVHuffmanGetRootTree(coder.Get()), tree.Get());
+}
+
+TEST(Huffman, EncodesByReplacedTables) {
+    const Owned coder = MakeCoder({1, 1, 2});
+    EXPECT_EQ(Encoded(coder, {0, 1, 2}), Table{0xB0}) << "10, 11, 0";
+
+    const Table lengths = {4, 4, 8};
+    const Owned data{QVDataCreate(lengths.data(), 12)};
+    ObjectOf(coder).SetBitLengthTableData(data.Get());
+    EXPECT_EQ(Encoded(coder, {0, 1, 2}), (Table{0x23, 0x00, 0x00})) << "2, 3, 0 in 4, 4, 8 bits";
+
+    const Owned patterns{QVArrayCreateWithCapacity(1)};
+    const Owned number{QVNumberCreateWithUInt32(0xA)};
+    QVArrayAddObject(patterns.Get(), number.Get());
+    ObjectOf(coder).SetBitPatternTable(patterns.Get());
+    EXPECT_EQ(Encoded(coder, {0, 0}), (Table{0xAA, 0x00}));
+    EXPECT_EQ(QVHuffmanEncode(coder.Get(), nullptr, 1), -2) << "a symbol without a pattern";
+
+    ObjectOf(coder).SetBitLengthTableData(nullptr);
+    EXPECT_EQ(QVHuffmanEncode(coder.Get(), nullptr, 0), -2) << "a symbol without a length";
+
+    const Table frequencies = {1, 1, 2};
+    ASSERT_EQ(QVHuffmanSetFrequencyTable(coder.Get(), frequencies.data(), 3), 0);
+    EXPECT_EQ(Encoded(coder, {0, 1, 2}), Table{0xB0}) << "new tables replace them all";
+}
+
+TEST(Huffman, WithoutMemoryNoObjectIsReplaced) {
+    const qvtest::LogCapture log;
+    const Table frequencies{1, 1, 2};
+    const Owned tree{QVTreeCreate()};
+    const std::size_t before = qvtest::LiveAllocations();
+    const std::size_t failures = qvtest::FailEachAllocation([&] {
+        const Owned coder{QVHuffmanCreate()};
+        if (QVHuffmanSetFrequencyTable(coder.Get(), frequencies.data(), 3) != 0) return;
+        try {
+            ObjectOf(coder).SetRootTree(tree.Get());
+            EXPECT_EQ(QVHuffmanGetRootTree(coder.Get()), tree.Get());
+        } catch (const std::bad_alloc&) {
+            EXPECT_NE(QVHuffmanGetRootTree(coder.Get()), tree.Get());
+        }
+    });
+    EXPECT_GT(failures, 20u);
+    EXPECT_EQ(qvtest::LiveAllocations(), before);
 }
 
 TEST(Huffman, NullNeverCrashes) {
