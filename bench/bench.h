@@ -21,6 +21,7 @@ struct Comparison {
     std::string referenceName;
     double unit = 1;       // the operations that one piece of work consists of: figures are for one of them
     bool standIn = false;  // the goal names another reference, which is not packaged
+    Work floor = nullptr;  // the least that the same calls can cost, where it is known
 };
 
 // Each room adds its comparisons: `make` prepares the input, checks that both sides give the same result and
@@ -73,6 +74,7 @@ Work DrainPool(std::function<void(std::size_t)> work, std::size_t drainEach);
 struct Figures {
     double ours;       // nanoseconds of the thread's processor time for one operation, median
     double reference;  // the same
+    double floor;      // the same; 0 when none is known
     int samples;
 };
 

@@ -61,22 +61,23 @@ Work DrainPool(std::function<void(std::size_t)> work, std::size_t drainEach) {
 }
 
 Figures Measure(const Comparison& comparison) {
-    const std::array<const Work*, 2> sides = {&comparison.ours, &comparison.reference};
-    std::array<std::size_t, 2> times{};
-    std::array<std::vector<double>, 2> samples;
-    double pair = 0;
-    for (std::size_t side = 0; side < 2; ++side) {
+    const std::array<const Work*, 3> sides = {&comparison.ours, &comparison.reference, &comparison.floor};
+    const std::size_t sideCount = comparison.floor ? 3 : 2;
+    std::array<std::size_t, 3> times{};
+    std::array<std::vector<double>, 3> samples;
+    double round = 0;
+    for (std::size_t side = 0; side < sideCount; ++side) {
         times[side] = Calibrate(*sides[side]);
-        pair += TimeOf(*sides[side], times[side]);
+        round += TimeOf(*sides[side], times[side]);
     }
-    const int count = std::clamp(static_cast<int>(kRowNanoseconds / pair), kFewestSamples, kMostSamples);
+    const int count = std::clamp(static_cast<int>(kRowNanoseconds / round), kFewestSamples, kMostSamples);
     for (int i = 0; i < count; ++i) {
-        for (std::size_t side = 0; side < 2; ++side) {
+        for (std::size_t side = 0; side < sideCount; ++side) {
             const double taken = TimeOf(*sides[side], times[side]);
             samples[side].push_back(taken / static_cast<double>(times[side]) / comparison.unit);
         }
     }
-    return {Median(samples[0]), Median(samples[1]), count};
+    return {Median(samples[0]), Median(samples[1]), comparison.floor ? Median(samples[2]) : 0, count};
 }
 
 }  // namespace bench
