@@ -67,12 +67,22 @@ TEST_F(QvtoolFormats, DamageIsToldWithItsPosition) {
     EXPECT_TRUE(Says(missing, "(-100)")) << missing.output;
 }
 
-TEST_F(QvtoolFormats, AValueNestedTooDeepIsRefusedInAShortMessage) {
-    const std::string deep = std::string(20'000, '[') + std::string(20'000, ']');
-    const Outcome refused = Qvtool("pack " + Put("deep.json", deep) + " " + (directory_ / "out"));
+std::string Nested(std::size_t levels) {
+    return std::string(levels, '[') + std::string(levels, ']');
+}
+
+TEST_F(QvtoolFormats, AThousandLevelsAreConvertedAndMoreRefused) {
+    const std::string out = directory_ / "out";
+    EXPECT_EQ(Qvtool("pack " + Put("deep.json", Nested(1000)) + " " + out).status, 0);
+    EXPECT_EQ(Qvtool("unpack " + out + " " + (directory_ / "again")).status, 0);
+    const Outcome refused = Qvtool("pack -f " + Put("deep.json", Nested(20'000)) + " " + out);
     EXPECT_EQ(refused.status, 1);
     EXPECT_TRUE(Says(refused, "deep.json: nested too deep (at /0/0/0/")) << refused.output;
     EXPECT_LT(refused.output.size(), 500U);
+    const std::string packed = std::string(5000, '"') + std::string(5000, '\0');
+    const Outcome unpacked = Qvtool("unpack " + Put("packed", packed) + " -");
+    EXPECT_EQ(unpacked.status, 1);
+    EXPECT_TRUE(Says(unpacked, "packed: nested too deep for JSON")) << unpacked.output;
 }
 
 TEST_F(QvtoolFormats, JsonIsReadFromPipesAsWell) {

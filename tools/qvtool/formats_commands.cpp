@@ -49,7 +49,7 @@ void Unpack(const Arguments& arguments) {
         throw Failure(arguments.input + ": " + tool::ResultText(code) + " before byte " +
                       std::to_string(QVStreamGetMarker(stream.Get())));
     }
-    const std::string text = tool::JsonText(root);
+    const std::string text = tool::JsonText(root, arguments.input);
     const Object result(QVDataCreate(text.data(), text.size()));
     tool::WriteData(result.Get(), arguments.output);
 }

@@ -14,8 +14,9 @@ using nlohmann::json;
 
 constexpr char kDataMember[] = "$data";
 constexpr char kDateMember[] = "$date";
-// The library's formats refuse what is nested deeper.
-constexpr std::size_t kDeepestNesting = 10000;
+// Each level takes several frames of the stack, here and in the JSON parser, and one more step of indentation
+// in the text. The library's formats go deeper.
+constexpr std::size_t kDeepestNesting = 1000;
 
 class Converter final {
 public:
@@ -121,7 +122,7 @@ json JsonFromNumber(void* number) {
     }
 }
 
-json JsonFromObject(void* object);
+json JsonFromObject(void* object, std::size_t depth);
 
 std::string Utf8(void* string) {
     return QVStringGetUTF8String(string);
@@ -143,25 +144,26 @@ json JsonFromDate(void* date) {
     return {{kDateMember, text}};
 }
 
-json JsonFromArray(void* array) {
+json JsonFromArray(void* array, std::size_t depth) {
     json value = json::array();
     for (unsigned long i = 0; i < QVArrayGetCount(array); ++i) {
-        value.push_back(JsonFromObject(QVArrayGetObjectAtIndex(array, i)));
+        value.push_back(JsonFromObject(QVArrayGetObjectAtIndex(array, i), depth));
     }
     return value;
 }
 
-json JsonFromDictionary(void* dictionary) {
+json JsonFromDictionary(void* dictionary, std::size_t depth) {
     const Object keys(QVDictionaryKeyArray(dictionary));
     json value = json::object();
     for (unsigned long i = 0; i < QVArrayGetCount(keys.Get()); ++i) {
         void* key = QVArrayGetObjectAtIndex(keys.Get(), i);
-        value[Utf8(key)] = JsonFromObject(QVDictionaryGetObject(dictionary, QVStringGetBuffer(key)));
+        value[Utf8(key)] = JsonFromObject(QVDictionaryGetObject(dictionary, QVStringGetBuffer(key)), depth);
     }
     return value;
 }
 
-json JsonFromObject(void* object) {
+json JsonFromObject(void* object, std::size_t depth) {
+    if (depth > kDeepestNesting) throw Failure("nested too deep for JSON");
     switch (QVGetTypeID(object)) {
         case QVTypeIDNumber:
             return JsonFromNumber(object);
@@ -172,9 +174,9 @@ json JsonFromObject(void* object) {
         case QVTypeIDDate:
             return JsonFromDate(object);
         case QVTypeIDArray:
-            return JsonFromArray(object);
+            return JsonFromArray(object, depth + 1);
         case QVTypeIDDictionary:
-            return JsonFromDictionary(object);
+            return JsonFromDictionary(object, depth + 1);
         default:
             throw Failure("an object of type " + std::to_string(QVGetTypeID(object)) + " has no JSON form");
     }
@@ -203,8 +205,14 @@ Object ReadJsonFile(const std::string& path, Booleans booleans) {
     }
 }
 
-std::string JsonText(void* object) {
-    return JsonFromObject(object).dump(2) + "\n";
+std::string JsonText(void* object, const std::string& source) {
+    try {
+        return JsonFromObject(object, 0).dump(2) + "\n";
+    } catch (const Failure& failure) {
+        throw Failure(source + ": " + failure.what());
+    } catch (const json::exception& error) {
+        throw Failure(source + ": " + error.what());
+    }
 }
 
 }  // namespace tool
