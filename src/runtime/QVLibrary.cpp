@@ -19,8 +19,8 @@ constinit void* singletons = nullptr;
 void Share(void* created, const wchar_t* key) {
     if (created == nullptr) return;
     QVSingletonSetObject(created, key);
-    const bool hasPool = QVTemporaryObjectsPoolGetFrontPool() != nullptr;
-    hasPool ? (void)QVTEMPOBJ(created) : QVRelease(created);
+    if (QVTemporaryObjectsPoolGetFrontPool() == nullptr) return QVRelease(created);
+    QVTEMPOBJ(created);
 }
 
 }  // namespace

@@ -8,12 +8,6 @@
 
 #include "base/block_cache.h"
 
-// There in programs that the leak checker is linked into.
-extern "C" {
-void __lsan_disable() __attribute__((weak));
-void __lsan_enable() __attribute__((weak));
-}
-
 namespace {
 
 constinit std::atomic<std::ptrdiff_t> liveAllocations{0};
@@ -155,14 +149,6 @@ FailAllocation::~FailAllocation() {
 
 bool FailAllocation::HasFailed() const {
     return plan.failed;
-}
-
-ExpectedLeaks::ExpectedLeaks() {
-    if (__lsan_disable != nullptr) __lsan_disable();
-}
-
-ExpectedLeaks::~ExpectedLeaks() {
-    if (__lsan_enable != nullptr) __lsan_enable();
 }
 
 WatchFrees::WatchFrees(Inspect inspect, void* context) {

@@ -45,16 +45,6 @@ std::size_t FailEachAllocation(Attempt attempt) {
     }
 }
 
-// While it lives, what the calling thread allocates and loses is no finding of the leak checker: for tests
-// that count leaks which the library cannot avoid.
-class ExpectedLeaks {
-public:
-    ExpectedLeaks();
-    ExpectedLeaks(const ExpectedLeaks&) = delete;
-    ExpectedLeaks& operator=(const ExpectedLeaks&) = delete;
-    ~ExpectedLeaks();
-};
-
 // Looks at what is freed: while it lives, `inspect` is called with every block that the calling thread gives
 // back, and the block's usable size. For tests that secrets are wiped.
 class WatchFrees {
