@@ -1,4 +1,5 @@
 #include <cstring>
+#include <initializer_list>
 
 #include "fuzz_support.h"
 #include "targets.h"
