@@ -6,7 +6,6 @@
 #include "collections/date_components.h"
 #include "runtime/Guard.h"
 
-using qv::Guard;
 using qv::With;
 
 namespace {
