@@ -25,6 +25,7 @@
 #include "runtime/Owned.h"
 #include "support/failing_allocator.h"
 #include "support/log_capture.h"
+#include "support/temporary_directory.h"
 
 namespace {
 
@@ -454,6 +455,49 @@ TEST_F(BinaryFormat, FilesAreCreatedCutAndReadBack) {
     EXPECT_EQ(QVGetRetainCount(pathText.Get()), 1UL);
     rmdir(directory);
     EXPECT_EQ(QVBinaryFormatWriteToFile(pathText.Get(), large.Get()), -100);
+}
+
+// More than 1 KiB outgrows every small buffer on the way, more than 100 MiB every step of growth.
+TEST_F(BinaryFormat, LargeObjectsGoThroughDataStreamsAndFiles) {
+    const qvtest::TemporaryDirectory directory;
+    const Owned path{QVStringCreateWithCString((directory / "object").c_str())};
+    const std::string pattern = "0123456789abcdefghijklmnopqrstuvw";
+    for (const std::size_t size : {std::size_t{1'100}, std::size_t{101} << 20}) {
+        std::string content;
+        while (content.size() < size)
+            content += pattern;
+        const std::wstring text(size / 32, L'\u00E9');
+        std::string expected;
+        qvtest::BeginArray(expected);
+        qvtest::EncodeData(expected, content);
+        qvtest::EncodeString(expected, text);
+        qvtest::End(expected);
+
+        const Owned array{QVArrayCreateWithCapacity(0)};
+        QVArrayAddObject(array.Get(), QVTEMPOBJ(QVDataCreate(content.data(), content.size())));
+        QVArrayAddObject(array.Get(), QVTEMPOBJ(QVStringCreateWithWideString(text.c_str())));
+        const Owned data{QVBinaryFormatCreateData(array.Get())};
+        EXPECT_TRUE(HoldsBytes(data.Get(), expected));
+        const Owned streamed{QVDataCreate(nullptr, 0)};
+        const Owned stream{QVStreamCreateWithMemory(streamed.Get())};
+        EXPECT_EQ(QVBinaryFormatWriteToStream(stream.Get(), array.Get()), 0);
+        EXPECT_TRUE(HoldsBytes(streamed.Get(), expected));
+        EXPECT_EQ(QVBinaryFormatWriteToFile(path.Get(), array.Get()), 0);
+        EXPECT_TRUE(qvtest::ReadFile(directory / "object") == expected);
+
+        const auto expectWhole = [&](auto readInto) {
+            const Owned pool{QVTemporaryObjectsPoolCreate()};
+            void* read = nullptr;
+            EXPECT_EQ(readInto(&read), 0);
+            EXPECT_EQ(QVArrayGetCount(read), 2UL);
+            EXPECT_TRUE(HoldsBytes(QVArrayGetObjectAtIndex(read, 0), content));
+            EXPECT_TRUE(QVStringGetBuffer(QVArrayGetObjectAtIndex(read, 1)) == text);
+        };
+        expectWhole([&](void** read) { return QVBinaryFormatReadFromData(data.Get(), read); });
+        QVStreamSetMarker(stream.Get(), 0, 0);
+        expectWhole([&](void** read) { return QVBinaryFormatReadFromStream(stream.Get(), read); });
+        expectWhole([&](void** read) { return QVBinaryFormatReadFromFile(QVRetain(path.Get()), read); });
+    }
 }
 
 TEST_F(BinaryFormat, EveryFailingAllocationLeavesNothingBehind) {
