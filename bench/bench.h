@@ -71,6 +71,9 @@ Work Times(Once once) {
 // The same for library calls that leave temporary objects: the pool is drained after every `drainEach` calls.
 Work DrainPool(std::function<void(std::size_t)> work, std::size_t drainEach);
 
+// The least that `count` calls of the library can cost: calls of a function that does nothing.
+Work EmptyCalls(std::size_t count);
+
 struct Figures {
     double ours;       // nanoseconds of the thread's processor time for one operation, median
     double reference;  // the same

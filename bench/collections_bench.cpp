@@ -58,7 +58,10 @@ Comparison CompareAdding() {
                     array.push_back(peer);
                 Keep(array);
             }),
-            "std::vector<shared_ptr>", kCount};
+            "std::vector<shared_ptr>",
+            kCount,
+            false,
+            EmptyCalls(kCount)};
 }
 
 Comparison CompareGetting() {
@@ -69,9 +72,13 @@ Comparison CompareGetting() {
         Require(QVArrayGetObjectAtIndex(array, i) == objects[i], "another element");
     const Message add("addObject:");
     const Message objectAt("objectAtIndex:");
-    const id peer = NewObject("NSMutableArray");
-    for (std::size_t i = 0; i < kCount; ++i)
-        add(peer, NewObject("NSObject"));
+    const id peer = PeerClass("NSMutableArray").NewObject();
+    const PeerClass objectClass("NSObject");
+    for (std::size_t i = 0; i < kCount; ++i) {
+        const id object = objectClass.NewObject();
+        add(peer, object);
+        Require(objectAt(peer, i) == object, "another element of the peer");
+    }
     return {Times([array] {
                 for (std::size_t i = 0; i < kCount; ++i)
                     Keep(QVArrayGetObjectAtIndex(array, i));
@@ -80,7 +87,10 @@ Comparison CompareGetting() {
                 for (unsigned long i = 0; i < kCount; ++i)
                     Keep(objectAt(peer, i));
             }),
-            "GNUstep NSMutableArray", kCount};
+            "GNUstep NSMutableArray",
+            kCount,
+            false,
+            EmptyCalls(kCount)};
 }
 
 constexpr std::size_t kFrontCount = 10'000;
@@ -284,7 +294,10 @@ Comparison CompareListWalks() {
                 const auto visit = [](void* object, void*) { Keep(object); };
                 g_queue_foreach(queue.get(), visit, nullptr);
             }),
-            "GQueue", kListCount};
+            "GQueue",
+            kListCount,
+            false,
+            EmptyCalls(kListCount)};
 }
 
 }  // namespace

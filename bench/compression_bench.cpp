@@ -91,17 +91,6 @@ Handle PutCodes(const std::vector<Code>& codes) {
     return data;
 }
 
-// The least that a call for each of `count` pieces can cost: one that answers a number it finds in a stream.
-Work CallEach(std::size_t count) {
-    const Handle stream = Adopt(QVInputBitStreamCreateWithData(nullptr, 0));
-    return Times([=] {
-        unsigned sum = 0;
-        for (std::size_t i = 0; i < count; ++i)
-            sum = sum * 3 + static_cast<unsigned>(QVInputBitStreamGetBitStoreMode(stream.get()));
-        Keep(sum);
-    });
-}
-
 // The bytes that the codes fill; the stream may keep one more.
 Bytes CodeBytes(const std::vector<Code>& codes) {
     Bytes bytes(CountBits(codes) / 8 + 16);
@@ -123,7 +112,7 @@ Comparison ComparePuttingCodes() {
             "floor: 64-bit accumulator",
             kCodes,
             false,
-            CallEach(kCodes)};
+            EmptyCalls(kCodes)};
 }
 
 constexpr std::size_t kBits = 1 << 16;
@@ -149,7 +138,7 @@ Comparison ComparePuttingSingleBits() {
             "plain: a byte at a time",
             kBits,
             false,
-            CallEach(kBits)};
+            EmptyCalls(kBits)};
 }
 
 Comparison CompareGettingCodes() {
@@ -190,7 +179,7 @@ Comparison CompareGettingCodes() {
             "floor: 64-bit load and shift",
             kCodes,
             false,
-            CallEach(kCodes)};
+            EmptyCalls(kCodes)};
 }
 
 Comparison CompareGettingSingleBits() {
@@ -218,7 +207,7 @@ Comparison CompareGettingSingleBits() {
             "floor: 64-bit load and shift",
             kBits,
             false,
-            CallEach(kBits)};
+            EmptyCalls(kBits)};
 }
 
 // ---- tokens ----

@@ -5,6 +5,8 @@
 #include <objc/message.h>
 #include <objc/runtime.h>
 
+#include "bench.h"
+
 namespace bench {
 
 // A selector, looked up once.
@@ -12,25 +14,37 @@ class Message {
 public:
     explicit Message(const char* name) : selector_(sel_registerName(name)) {}
 
-    template <class Result = id, class... Arguments>
-    Result operator()(id receiver, Arguments... arguments) const {
-        const IMP implementation = objc_msg_lookup(receiver, selector_);
-        return reinterpret_cast<Result (*)(id, SEL, Arguments...)>(implementation)(receiver, selector_,
-                                                                                   arguments...);
+    template <class... Arguments>
+    id operator()(id receiver, Arguments... arguments) const {
+        return Send<id>(receiver, arguments...);
     }
+    // For messages that answer a count.
+    [[nodiscard]] unsigned long Count(id receiver) const { return Send<unsigned long>(receiver); }
 
 private:
+    template <class Result, class... Arguments>
+    Result Send(id receiver, Arguments... arguments) const {
+        using Method = Result (*)(id, SEL, Arguments...);
+        const auto implementation = reinterpret_cast<void (*)()>(objc_msg_lookup(receiver, selector_));
+        return reinterpret_cast<Method>(implementation)(receiver, selector_, arguments...);
+    }
+
     SEL selector_;
 };
 
-inline id ClassNamed(const char* name) {
-    return reinterpret_cast<id>(objc_getClass(name));
-}
+// A class, looked up once. Messages to a class that is not there would do nothing, and very fast.
+class PeerClass {
+public:
+    explicit PeerClass(const char* name) : class_(reinterpret_cast<id>(objc_getClass(name))) {
+        Require(class_ != nil, name);
+    }
 
-inline id NewObject(const char* className) {
-    static const Message allocate("alloc");
-    static const Message initialise("init");
-    return initialise(allocate(ClassNamed(className)));
-}
+    [[nodiscard]] id NewObject() const { return initialise_(allocate_(class_)); }
+
+private:
+    id class_;
+    Message allocate_{"alloc"};
+    Message initialise_{"init"};
+};
 
 }  // namespace bench

@@ -3,6 +3,7 @@
 #include <time.h>
 
 #include <QVFoundation/QVAdditions.h>
+#include <QVFoundation/QVObject.h>
 
 #include "bench.h"
 
@@ -58,6 +59,13 @@ Work DrainPool(std::function<void(std::size_t)> work, std::size_t drainEach) {
             times -= now;
         }
     };
+}
+
+Work EmptyCalls(std::size_t count) {
+    return Times([count] {
+        for (std::size_t i = 0; i < count; ++i)
+            Keep(QVCreateData(nullptr));
+    });
 }
 
 Figures Measure(const Comparison& comparison) {

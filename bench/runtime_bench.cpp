@@ -49,14 +49,43 @@ Comparison CompareRetaining() {
                 auto copy = peer;
                 Keep(copy);
             }),
-            "std::shared_ptr"};
+            "std::shared_ptr",
+            1,
+            false,
+            EmptyCalls(2)};
 }
 
 constexpr std::size_t kPerPool = 100;
 
-Comparison CompareTemporaryObjects() {
+// Both pools release what was put into them, once.
+void RequireDraining(const PeerClass& poolClass, const PeerClass& objectClass) {
+    void* object = QVNullCreate();
+    void* pool = QVTemporaryObjectsPoolCreate();
+    QVTEMPOBJ(QVRetain(object));
+    Require(QVGetRetainCount(object) == 2, "retain count before the pool goes");
+    QVRelease(pool);
+    Require(QVGetRetainCount(object) == 1, "retain count after the pool has gone");
+    QVRelease(object);
+
+    const Message retain("retain");
     const Message autorelease("autorelease");
     const Message release("release");
+    const Message retainCount("retainCount");
+    const id peerPool = poolClass.NewObject();
+    const id peer = objectClass.NewObject();
+    autorelease(retain(peer));
+    Require(retainCount.Count(peer) == 2, "the peer's retain count before its pool goes");
+    release(peerPool);
+    Require(retainCount.Count(peer) == 1, "the peer's retain count after its pool has gone");
+    release(peer);
+}
+
+Comparison CompareTemporaryObjects() {
+    const PeerClass poolClass("NSAutoreleasePool");
+    const PeerClass objectClass("NSObject");
+    const Message autorelease("autorelease");
+    const Message release("release");
+    RequireDraining(poolClass, objectClass);
     return {Times([] {
                 void* pool = QVTemporaryObjectsPoolCreate();
                 for (std::size_t i = 0; i < kPerPool; ++i)
@@ -64,9 +93,9 @@ Comparison CompareTemporaryObjects() {
                 QVRelease(pool);
             }),
             Times([=] {
-                const id pool = NewObject("NSAutoreleasePool");
+                const id pool = poolClass.NewObject();
                 for (std::size_t i = 0; i < kPerPool; ++i)
-                    autorelease(NewObject("NSObject"));
+                    autorelease(objectClass.NewObject());
                 release(pool);
             }),
             "GNUstep NSAutoreleasePool", kPerPool};
