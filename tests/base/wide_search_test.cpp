@@ -1,5 +1,6 @@
 #include "base/wide_search.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <memory>
 #include <random>
@@ -7,6 +8,7 @@
 
 #include "base/wide_search_avx2.h"
 #include "base/wide_search_plain.h"
+#include "support/guarded_memory.h"
 
 namespace {
 
@@ -70,6 +72,34 @@ TEST(WideSearchModel, EveryWayFindsThePlaceThatTheStandardLibraryFinds) {
         if constexpr (qv::avx2::kBuilt) {
             if (qv::avx2::IsSupported()) {
                 ASSERT_EQ(qv::avx2::FindText(from, end, searched), place) << "round " << round;
+            }
+        }
+    }
+}
+
+// Texts of every length around the vectors and blocks, ending where their memory ends, with the occurrence at
+// every place: behind characters that never look like it, and behind others that show its first character,
+// its first and its last, and nearly the whole of it.
+TEST(WideSearchModel, TheOccurrenceIsFoundAtEveryPlaceOfATextThatLooksLikeIt) {
+    constexpr size_t kMostSize = 100;
+    const qvtest::GuardedMemory memory(kMostSize * sizeof(wchar_t));
+    const std::wstring almost = L"#xxe#rxre#rare-rar#";
+    for (const std::wstring_view searched : {L"#"s, L"#e"s, L"#re"s, L"#rare"s, L"#rare words of its own"s}) {
+        for (const std::wstring_view filler : {std::wstring_view(L"."), std::wstring_view(almost)}) {
+            for (size_t size = searched.size(); size <= kMostSize; ++size) {
+                wchar_t* text = memory.Last<wchar_t>(size);
+                const size_t lastPlace = size - searched.size();
+                for (size_t place = 0; place <= lastPlace; ++place) {
+                    for (size_t i = 0; i < size; ++i)
+                        text[i] = filler[i % filler.size()];
+                    std::copy(searched.begin(), searched.end(), text + place);
+                    const std::wstring_view view(text, size);
+                    const size_t expected = view.find(searched);
+                    ASSERT_EQ(qv::FindText(view, searched, 0), expected) << size << " " << place;
+                    // A last character that is not the right one: found earlier, or not at all.
+                    text[place + searched.size() - 1] = L'!';
+                    ASSERT_EQ(qv::FindText(view, searched, 0), view.find(searched)) << size << " " << place;
+                }
             }
         }
     }
