@@ -174,6 +174,22 @@ TEST(Utf8, AnEmptyTextNeedsNoMemory) {
     EXPECT_EQ(qv::FromUtf8(""), L"");
 }
 
+TEST(Utf8, TheCountIsRightAtEveryLength) {
+    std::mt19937 random(20261121);
+    std::string bytes(20000, '\0');
+    std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<char>(random()); });
+    const std::string ascii(bytes.size(), 'a');  // the fastest way to the largest count
+    const auto isLead = [](char byte) { return (byte & 0xC0) != 0x80; };
+    for (size_t size = 0; size <= bytes.size(); size += size < 1000 ? 1 : 61) {
+        const auto leads =
+            std::count_if(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size), isLead);
+        for (const Path& path : Paths()) {
+            ASSERT_EQ(path.count(bytes.data(), size), static_cast<size_t>(leads)) << path.name << " " << size;
+            ASSERT_EQ(path.count(ascii.data(), size), size) << path.name;
+        }
+    }
+}
+
 TEST(Utf8, OverlongFormsSurrogatesAndHighValuesAreRefused) {
     for (const char* bytes : {"\xC0\x80", "\xC1\xBF", "\xE0\x9F\xBF", "\xF0\x8F\xBF\xBF", "\xED\xA0\x80",
                               "\xED\xBF\xBF", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xF8\x88\x80\x80\x80",
