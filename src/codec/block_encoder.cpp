@@ -53,38 +53,69 @@ void ForEachLengthSymbol(const std::vector<std::uint32_t>& lengths, std::size_t 
 BlockEncoder::BlockEncoder() : body_(kMostBodyBytes + BitWriter::kSlack) {
     literals_.Reserve(kLiteralSymbols);
     distances_.Reserve(kDistanceSymbols);
-    lengthCodes_.Reserve(kLiteralSymbols);
+    lengthCodes_.Reserve(kLengthSymbols);
 }
 
 BlockEncoder::Block BlockEncoder::Encode(const std::uint16_t* tokens, std::size_t valueCount) noexcept {
-    const std::size_t tokenCount = CountTokens(tokens, valueCount);
+    TakeTokens(tokens, valueCount);
+    CountDistances();
     literals_.Build(literalCounts_.data(), literalCounts_.size());
     distances_.Build(distanceCounts_.data(), distanceCounts_.size());
 
     BitWriter bits(body_.data());
     EncodeLiteralBitLengthTable(bits, literals_.Lengths());
     EncodeDistanceBitLengthTable(bits, distances_.Lengths());
-    EncodeTokens(bits, tokens, valueCount);
-    return {static_cast<std::uint16_t>(tokenCount), body_.data(), bits.Size()};
+    EncodeTokens(bits);
+    return {static_cast<std::uint16_t>(tokenCount_), body_.data(), bits.Size()};
 }
 
-std::size_t BlockEncoder::CountTokens(const std::uint16_t* tokens, std::size_t valueCount) noexcept {
+// Unfolds the token list and counts what is in it.
+void BlockEncoder::TakeTokens(const std::uint16_t* values, std::size_t count) noexcept {
     literalCounts_.fill(0);
-    distanceCounts_.fill(0);
-    std::size_t count = 0;
-    for (std::size_t i = 0; i < valueCount; ++i, ++count) {
-        const unsigned value = tokens[i];
-        ++literalCounts_[value];
-        if (value > kLastLiteral) ++distanceCounts_[std::bit_width(static_cast<unsigned>(tokens[++i]))];
+    bucketCounts_.fill(0);
+    const std::uint16_t* const end = values + count;
+    Token* out = tokens_.data();
+    const auto take = [&](unsigned symbol, unsigned offset) {
+        *out++ = {static_cast<std::uint16_t>(symbol), static_cast<std::uint16_t>(offset)};
+        ++literalCounts_[symbol];
+        ++bucketCounts_[BucketOf(offset)];
+    };
+    while (end - values >= static_cast<std::ptrdiff_t>(kRun)) {
+        if ((values[0] | values[1] | values[2] | values[3]) <= kLastLiteral) {
+            for (std::size_t i = 0; i < kRun; ++i) {
+                *out++ = {values[i], kNoOffset};
+                ++literalCounts_[values[i]];
+            }
+            values += kRun;
+            continue;
+        }
+        const unsigned symbol = values[0];
+        const unsigned isMatch = symbol / (kLastLiteral + 1);  // 0 or 1
+        take(symbol, (values[1] & (0 - isMatch)) | (kNoOffset & (isMatch - 1)));
+        values = values + 1 + isMatch;
     }
-    return count;
+    while (values < end) {
+        const unsigned symbol = *values++;
+        take(symbol, symbol > kLastLiteral ? *values++ : kNoOffset);
+    }
+    tokenCount_ = static_cast<std::size_t>(out - tokens_.data());
+}
+
+unsigned BlockEncoder::ClassOf(std::size_t bucket) noexcept {
+    return static_cast<unsigned>(bucket < 128 ? std::bit_width(bucket) : std::bit_width(bucket - 128) + 7);
+}
+
+void BlockEncoder::CountDistances() noexcept {
+    distanceCounts_.fill(0);
+    for (std::size_t bucket = 0; bucket < BucketOf(kNoOffset); ++bucket)
+        distanceCounts_[ClassOf(bucket)] += bucketCounts_[bucket];
 }
 
 // The lengths go through a third code whose own lengths, and the number of entries, are not written. This is
 // how the format stands.
 void BlockEncoder::EncodeLiteralBitLengthTable(BitWriter& bits,
                                                const std::vector<std::uint32_t>& lengths) noexcept {
-    std::array<std::uint32_t, kLiteralSymbols> counts{};
+    std::array<std::uint32_t, kLengthSymbols> counts{};
     const std::size_t used = UsedSymbols(lengths);
     ForEachLengthSymbol(lengths, used,
                         [&](std::uint32_t symbol, std::size_t, unsigned) { ++counts[symbol]; });
@@ -116,36 +147,65 @@ void BlockEncoder::EncodeDistanceBitLengthTable(BitWriter& bits,
     }
 }
 
-void BlockEncoder::EncodeTokens(BitWriter& bits, const std::uint16_t* tokens,
-                                std::size_t valueCount) noexcept {
-    std::array<Code, kLiteralSymbols> literalCodes;
+BlockEncoder::Codes BlockEncoder::MakeCodes() const noexcept {
+    Codes codes;
     for (std::size_t i = 0; i < kLiteralSymbols; ++i)
-        literalCodes[i] = {literals_.Patterns()[i], literals_.Lengths()[i]};
-    // A distance's code and the offset's low bits behind it are one number.
-    struct DistanceCode {
-        std::uint32_t pattern, length, offsetMask;
-    };
-    std::array<DistanceCode, kDistanceSymbols> distanceCodes;
-    for (unsigned i = 0; i < kDistanceSymbols; ++i) {
-        const unsigned extraBits = ExtraBits(i);
-        distanceCodes[i] = {distances_.Patterns()[i] << extraBits, distances_.Lengths()[i] + extraBits,
-                            (1u << extraBits) - 1};
+        codes.literals[i] = {literals_.Patterns()[i], literals_.Lengths()[i]};
+    for (std::size_t bucket = 0; bucket < BucketOf(kNoOffset); ++bucket) {
+        const unsigned distanceClass = ClassOf(bucket);
+        const unsigned extraBits = ExtraBits(distanceClass);
+        codes.offsets[bucket] = {distances_.Patterns()[distanceClass] << extraBits,
+                                 static_cast<std::uint16_t>(distances_.Lengths()[distanceClass] + extraBits),
+                                 static_cast<std::uint16_t>((1u << extraBits) - 1)};
     }
+    codes.offsets[BucketOf(kNoOffset)] = {0, 0, 0};
+    return codes;
+}
 
+void BlockEncoder::EncodeTokens(BitWriter& bits) const noexcept {
+    const Codes codes = MakeCodes();
     BitWriter writer = bits;  // a local copy lives in registers
-    for (std::size_t i = 0; i < valueCount; ++i) {
-        const unsigned value = tokens[i];
-        const Code literal = literalCodes[value];
-        if (value <= kLastLiteral) {
-            writer.Put(literal.pattern, literal.length);
-            continue;
+    struct Bits {
+        std::uint64_t value;
+        unsigned count;
+    };
+    // At most 16 + 16 + 12.
+    const auto bitsOf = [&](Token token) -> Bits {
+        const LiteralCode literal = codes.literals[token.symbol];
+        const OffsetCode offset = codes.offsets[BucketOf(token.offset)];
+        return {std::uint64_t{literal.pattern} << offset.length | offset.pattern |
+                    (token.offset & offset.offsetMask),
+                literal.length + offset.length};
+    };
+    // Two tokens are hardly ever too long for one write.
+    const auto putTwo = [&](Bits a, Bits b) {
+        if (a.count + b.count <= BitWriter::kMostBits) {
+            writer.Put(a.value << b.count | b.value, a.count + b.count);
+        } else {
+            writer.Put(a.value, a.count);
+            writer.Put(b.value, b.count);
         }
-        const unsigned offset = tokens[++i];
-        const DistanceCode distance = distanceCodes[std::bit_width(offset)];
-        // At most 16 + 16 + 12 bits: one write.
-        writer.Put(std::uint64_t{literal.pattern} << distance.length | distance.pattern |
-                       (offset & distance.offsetMask),
-                   literal.length + distance.length);
+    };
+    const auto putTwoLiterals = [&](const Token* tokens) {
+        const LiteralCode a = codes.literals[tokens[0].symbol];
+        const LiteralCode b = codes.literals[tokens[1].symbol];
+        writer.Put(a.pattern << b.length | b.pattern, a.length + b.length);
+    };
+
+    const Token* token = tokens_.data();
+    const Token* const end = token + tokenCount_;
+    for (; end - token >= static_cast<std::ptrdiff_t>(kRun); token += kRun) {
+        if (AreLiterals(token)) {
+            putTwoLiterals(token);
+            putTwoLiterals(token + 2);
+        } else {
+            putTwo(bitsOf(token[0]), bitsOf(token[1]));
+            putTwo(bitsOf(token[2]), bitsOf(token[3]));
+        }
+    }
+    for (; token < end; ++token) {
+        const Bits last = bitsOf(*token);
+        writer.Put(last.value, last.count);
     }
     bits = writer;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <random>
 
 #include "codec/coder_inputs.h"
 #include "codec/tokenizer.h"
@@ -130,6 +131,55 @@ TEST(BlockEncoder, CodesOf15And16BitsAreWrittenAsZeros) {
     ASSERT_LE(tokens.size(), qv::kChunkSize);
     BlockEncoder encoder;
     ASSERT_EQ(Encode(encoder, tokens), model::EncodeBlock(tokens));
+}
+
+TEST(BlockEncoder, LiteralsAndMatchesInAnyOrderEqualThePlainModel) {
+    constexpr unsigned kSeed = 33;
+    std::mt19937 random(kSeed);
+    BlockEncoder encoder;
+    for (int round = 0; round < 400; ++round) {
+        SCOPED_TRACE(testing::Message() << "seed " << kSeed << " round " << round);
+        const std::size_t count = 1 + random() % (round % 20 == 0 ? 3000 : 40);
+        const unsigned matchesOf16 = round % 17;  // from none to all
+        const unsigned values = 1u << random() % 9;
+        Tokens tokens;
+        for (std::size_t i = 0; i < count; ++i) {
+            if (random() % 16 >= matchesOf16) {
+                tokens.push_back(static_cast<std::uint16_t>(random() % values));
+            } else {
+                tokens.push_back(static_cast<std::uint16_t>(256 + random() % 253));
+                tokens.push_back(static_cast<std::uint16_t>(random() % (1u << random() % 14)));
+            }
+        }
+        ASSERT_EQ(Encode(encoder, tokens), model::EncodeBlock(tokens));
+    }
+}
+
+TEST(BlockEncoder, NeighboursWithTheLongestCodesEqualThePlainModel) {
+    // Fibonacci numbers give the rarest symbols codes of up to 16 bits. These are matches here, with
+    // distances just as uneven, and the rarest stand side by side: up to 66 bits for two tokens.
+    Tokens tokens;
+    unsigned rarity = 1;
+    unsigned next = 1;
+    for (unsigned i = 0; i < 20; ++i) {
+        for (unsigned n = 0; n < rarity; ++n) {
+            if (i >= 6) {
+                tokens.push_back(static_cast<std::uint16_t>(i));
+            } else {
+                tokens.push_back(static_cast<std::uint16_t>(256 + i));
+                tokens.push_back(static_cast<std::uint16_t>(8191u >> i));
+            }
+        }
+        const unsigned sum = rarity + next;
+        rarity = next;
+        next = sum;
+    }
+    ASSERT_LE(tokens.size(), qv::kChunkSize);
+    BlockEncoder encoder;
+    for (int shift = 0; shift < 4; ++shift) {  // the encoder goes by four tokens
+        ASSERT_EQ(Encode(encoder, tokens), model::EncodeBlock(tokens));
+        tokens.insert(tokens.begin(), 19);
+    }
 }
 
 TEST(BlockEncoder, AnEncoderCanBeUsedAgain) {
