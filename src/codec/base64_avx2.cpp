@@ -33,16 +33,24 @@ __attribute__((target("avx2"))) inline __m256i Encode24(const uint8_t* in) {
     return _mm256_add_epi8(values, _mm256_shuffle_epi8(offsets, kind));
 }
 
-__attribute__((target("avx2"))) size_t EncodeAvx2(const uint8_t* in, size_t size, char* out) {
-    size_t done = 0;
-    for (; size - done >= 28; done += 24, out += 32) {
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), Encode24(in + done));
-    }
-    return done;
+__attribute__((target("avx2"))) inline void EncodeAt(const uint8_t* in, char* out) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), Encode24(in));
 }
 
-// Decodes 32 characters into 24 bytes, and 8 bytes of no meaning behind them; false, with nothing written,
-// when a character is not of the alphabet.
+__attribute__((target("avx2"))) size_t EncodeAvx2(const uint8_t* in, size_t size, char* out) {
+    if (size < 28) return 0;
+    const uint8_t* const start = in;
+    const uint8_t* const last = in + (size - 28);
+    for (; in <= last; in += 24, out += 32)
+        EncodeAt(in, out);
+    // Once more where the groups end that can be read: for the most part over what is there already.
+    const ptrdiff_t groups = (last + 24 - in) / 3;
+    EncodeAt(in + 3 * groups - 24, out + 4 * groups - 32);
+    return static_cast<size_t>(in + 3 * groups - start);
+}
+
+// Decodes 32 characters into 24 bytes, and 4 zeros behind them; false, with nothing written, when a character
+// is not of the alphabet.
 __attribute__((target("avx2"))) inline bool Decode32(const char* text, uint8_t* out) {
     const __m256i chars = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(text));
     // A character is valid when the sets looked up by its two halves have no bit in common.
@@ -72,18 +80,24 @@ __attribute__((target("avx2"))) inline bool Decode32(const char* text, uint8_t* 
     const __m256i words = _mm256_madd_epi16(pairs, _mm256_set1_epi32(0x00011000));
     const __m256i gather = _mm256_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1,  //
                                             2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1);
-    const __m256i bytes = _mm256_permutevar8x32_epi32(_mm256_shuffle_epi8(words, gather),
-                                                      _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), bytes);
+    const __m256i bytes = _mm256_shuffle_epi8(words, gather);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm256_castsi256_si128(bytes));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 12), _mm256_extracti128_si256(bytes, 1));
     return true;
 }
 
 __attribute__((target("avx2"))) size_t DecodeAvx2(const char* text, size_t length, uint8_t* out) {
+    // 38 characters have room for the 28 bytes that are written.
+    if (length < 38) return 0;
     size_t done = 0;
-    // 43 characters have room for 32 bytes, so the store of 32 stays inside.
-    for (; length - done >= 43 && Decode32(text + done, out); done += 32)
-        out += 24;
-    return done;
+    for (; length - done >= 38; done += 32, out += 24) {
+        if (!Decode32(text + done, out)) return done;
+    }
+    // Once more where the groups end behind which there is room: for the most part over what is there
+    // already.
+    const size_t groups = (length - done - 6) / 4;
+    const size_t end = done + 4 * groups;
+    return Decode32(text + end - 32, out + 3 * groups - 24) ? end : done;
 }
 
 }  // namespace

@@ -1,11 +1,13 @@
 #include "codec/base64.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "models/base64_model.h"
+#include "support/guarded_memory.h"
 #include "support/shaped_bytes.h"
 
 namespace {
@@ -81,6 +83,30 @@ TEST(Base64, DecodesAsThePlainModelDoes) {
         const auto expected = qv::model::DecodeBase64(text);
         for (const auto* v : vectors)
             ASSERT_EQ(Decode(text, *v), expected) << "round " << round << ": " << text;
+    }
+}
+
+// Input and output end where their memory ends.
+TEST(Base64, TouchesNothingBehindItsInputAndItsRoom) {
+    constexpr std::size_t kMostBytes = 300;
+    const qvtest::GuardedMemory plainMemory(kMostBytes);
+    const qvtest::GuardedMemory textMemory(2 * kMostBytes);
+    const qvtest::GuardedMemory roomMemory(kMostBytes);
+    qvtest::ShapedBytes random(24);
+    for (std::size_t size = 0; size <= kMostBytes; ++size) {
+        const Bytes bytes = random.Make(size);
+        const std::string expected = qv::model::EncodeBase64(bytes);
+        auto* plain = plainMemory.Last<std::uint8_t>(size);
+        auto* text = textMemory.Last<char>(expected.size());
+        auto* room =
+            roomMemory.Last<std::uint8_t>(static_cast<std::size_t>(qv::Base64DecodedSize(expected.size())));
+        std::copy(bytes.begin(), bytes.end(), plain);
+        for (const auto* v : VectorsOfThisProcessor()) {
+            qv::EncodeBase64(plain, size, text, *v);
+            ASSERT_EQ(std::string(text, expected.size()), expected);
+            ASSERT_EQ(qv::DecodeBase64(text, expected.size(), room, *v), size);
+            ASSERT_TRUE(std::equal(bytes.begin(), bytes.end(), room)) << size;
+        }
     }
 }
 
