@@ -27,13 +27,17 @@ void* QVCTemporaryObjectsPool::GetTemporaryString(const wchar_t* text) {
 
 void QVCTemporaryObjectsPool::ReleaseTemporaryObjects() noexcept {
     while (!objects_.empty() || !strings_.IsEmpty()) {
+        const bool hasStrings = !strings_.IsEmpty();
         std::vector<void*> objects = std::exchange(objects_, std::move(spareObjects_));
-        qv::InternedStrings strings = std::exchange(strings_, std::move(spareStrings_));
+        qv::InternedStrings strings;
+        if (hasStrings) strings = std::exchange(strings_, std::move(spareStrings_));
         for (void* object : objects)
             QVRelease(object);
-        strings.ReleaseAll();
         objects.clear();
         spareObjects_ = std::move(objects);
-        spareStrings_ = std::move(strings);
+        if (hasStrings) {
+            strings.ReleaseAll();
+            spareStrings_ = std::move(strings);
+        }
     }
 }
