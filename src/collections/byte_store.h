@@ -25,6 +25,8 @@ public:
     // Null while there are no bytes.
     [[nodiscard]] std::uint8_t* Bytes() const noexcept { return size_ > 0 ? bytes_ : nullptr; }
     [[nodiscard]] std::size_t Size() const noexcept { return size_; }
+    // The same for callers who know that there are some.
+    [[nodiscard]] std::uint8_t* FirstByte() const noexcept { return bytes_; }
 
     // All of these throw std::bad_alloc or, beyond the limit, std::length_error, and then change nothing.
 

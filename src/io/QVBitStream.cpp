@@ -14,12 +14,8 @@ namespace {
 
 int PutValue(void* stream, std::uint32_t value, unsigned width, unsigned long bits,
              unsigned long* done) noexcept {
-    return With<Output>(stream, int{QVErrParam}, [=](Output& s) {
-        if (bits > width) return QVErrParam;
-        if (done != nullptr) *done = bits;
-        s.PutValue(value, width, bits);
-        return QVNoErr;
-    });
+    return With<Output>(stream, int{QVErrParam},
+                        [=](Output& s) { return s.PutValue(value, width, bits, done); });
 }
 
 }  // namespace

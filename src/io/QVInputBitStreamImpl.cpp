@@ -26,13 +26,6 @@ QVInputBitStreamImpl::Source QVInputBitStreamImpl::GetSource() const noexcept {
     return {bytes, bytes == nullptr ? 0 : QVDataGetSize(data_.Get())};
 }
 
-void QVInputBitStreamImpl::MoveTo(std::uint64_t marker, const Source& source) noexcept {
-    const qv::BitPosition position = qv::BitPosition::At(marker);
-    byteIndex_ = position.byteIndex;
-    bitIndex_ = position.bitIndex;
-    currentByte_ = byteIndex_ < source.size ? source.bytes + byteIndex_ : nullptr;
-}
-
 // Any number of bits, in either mode.
 int QVInputBitStreamImpl::GetRun(std::uint8_t* buffer, unsigned long bits, unsigned long* done,
                                  bool exact) noexcept {

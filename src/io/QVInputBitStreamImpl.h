@@ -50,7 +50,6 @@ private:
         return end > marker ? end - marker : 0;
     }
     void MoveTo(std::uint64_t marker, const Source& source) noexcept;
-    void MoveOn(unsigned bits, const Source& source) noexcept;
     [[nodiscard]] bool GetCode(std::uint8_t* buffer, unsigned long bits) noexcept;
     [[gnu::noinline]] int GetRun(std::uint8_t* buffer, unsigned long bits, unsigned long* done,
                                  bool exact) noexcept;
@@ -72,23 +71,29 @@ private:
 // What runs once a code or once a bit is inline and has nothing to save across a call. No branch in it
 // depends on the bits read.
 
-inline void QVInputBitStreamImpl::MoveOn(unsigned bits, const Source& source) noexcept {
-    const unsigned total = bitIndex_ + bits;
-    byteIndex_ += total / 8;
-    bitIndex_ = total % 8;
+inline void QVInputBitStreamImpl::MoveTo(std::uint64_t marker, const Source& source) noexcept {
+    const qv::BitPosition position = qv::BitPosition::At(marker);
+    byteIndex_ = position.byteIndex;
+    bitIndex_ = position.bitIndex;
     currentByte_ = byteIndex_ < source.size ? source.bytes + byteIndex_ : nullptr;
 }
 
 // Reads up to 16 bits that are all there. False, and nothing done, in every other case.
 inline bool QVInputBitStreamImpl::GetCode(std::uint8_t* buffer, unsigned long bits) noexcept {
     constexpr unsigned kMost = 16;
-    if (bits == 0 || bits > kMost || bitStoreMode_ == 0 || ownedBytes_ == nullptr) return false;
-    const Source source = GetOwnedSource();
-    // Four whole bytes are loaded.
-    if (CountReadable(source) < bits || source.size - byteIndex_ < 4) return false;
+    // 0 wraps around to the largest number.
+    if (bits - 1 >= kMost || bitStoreMode_ == 0 || ownedBytes_ == nullptr) return false;
+    // Four whole bytes are loaded: at least one more than the bits end in, so there is a byte to go on with.
+    constexpr unsigned kLoaded = 4;
+    const std::uint64_t end = GetMarker() + bits;
+    if (byteIndex_ + kLoaded > ownedBytes_->Size() || end > numberOfBits_) return false;
+    const std::uint8_t* const bytes = ownedBytes_->FirstByte();
     const auto count = static_cast<unsigned>(bits);
-    const std::uint32_t code = qv::LoadCode(source.bytes + byteIndex_, bitIndex_, count);
-    MoveOn(count, source);
+    const std::uint32_t code = qv::LoadCode(bytes + byteIndex_, bitIndex_, count);
+    const qv::BitPosition position = qv::BitPosition::At(end);
+    byteIndex_ = position.byteIndex;
+    bitIndex_ = position.bitIndex;
+    currentByte_ = bytes + byteIndex_;
     qv::StoreCode(code, buffer, count);
     return true;
 }
@@ -101,9 +106,10 @@ inline int QVInputBitStreamImpl::GetBits(std::uint8_t* buffer, unsigned long bit
 }
 
 inline bool QVInputBitStreamImpl::GetOneBitFrom(const Source& source) noexcept {
-    if (CountReadable(source) == 0) return false;
+    const std::uint64_t marker = GetMarker();
+    if (byteIndex_ >= source.size || marker >= numberOfBits_) return false;
     const bool bit = (source.bytes[byteIndex_] << bitIndex_ & 0x80) != 0;
-    MoveOn(1, source);
+    MoveTo(marker + 1, source);
     return bit;
 }
 

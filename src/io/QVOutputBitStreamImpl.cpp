@@ -40,12 +40,25 @@ std::uint8_t QVOutputBitStreamImpl::ByteAt(std::uint64_t index) const noexcept {
     return bytes == nullptr ? std::uint8_t{0} : bytes[index];
 }
 
-// Writes the full byte and goes on to the next one. Bits of the Data that are not written over are kept.
-void QVOutputBitStreamImpl::FinishCurrentByte() noexcept {
+void QVOutputBitStreamImpl::FinishByteAnywhere() noexcept {
     Flush();
-    bitIndex_ = 0;
     ++byteIndex_;
     currentByte_ = ByteAt(byteIndex_);
+}
+
+// Writes the full byte and goes on to the next one. Bits of the Data that are not written over are kept.
+void QVOutputBitStreamImpl::FinishCurrentByte() noexcept {
+    qv::ByteStore* const bytes = ownedBytes_;
+    if (bytes != nullptr && byteIndex_ == bytes->Size() && bytes->SpareSize() > 0) {
+        // The usual case: there is nothing behind what is written.
+        *bytes->Spare() = currentByte_;
+        bytes->AddSpare(1);
+        currentByte_ = 0;
+        ++byteIndex_;
+    } else {
+        FinishByteAnywhere();
+    }
+    bitIndex_ = 0;
     RaiseNumberOfBits();
 }
 
@@ -88,6 +101,24 @@ void QVOutputBitStreamImpl::PutTopBitsAnywhere(std::uint64_t word, unsigned coun
         FillCurrentByte(rest == 0 ? 0 : word << (count - rest), rest);
     }
     RaiseNumberOfBits();
+}
+
+// The same as PutValue for any number of bits and in any mode.
+int QVOutputBitStreamImpl::PutValueAnywhere(std::uint32_t value, unsigned width, unsigned long bits,
+                                            unsigned long* done) noexcept {
+    if (bits > width) return QVErrParam;
+    if (done != nullptr) *done = bits;
+    const auto count = static_cast<unsigned>(bits);
+    const unsigned unused = 64 - count;
+    if (bits == 0) {
+        RaiseNumberOfBits();
+    } else if (bitStoreMode_ == 1) {
+        PutTopBitsAnywhere(std::uint64_t{value} << unused, count);
+    } else {
+        // Only mode 1 itself aligns the value; in any other mode its top bits are written.
+        PutTopBitsAnywhere(std::uint64_t{value} << (64 - width) >> unused << unused, count);
+    }
+    return QVNoErr;
 }
 
 void QVOutputBitStreamImpl::PutBits(const std::uint8_t* buffer, unsigned long bits) noexcept {

@@ -23,8 +23,9 @@ public:
     [[nodiscard]] void* GetOutputData() const noexcept { return data_.Get(); }
     void PutBits(const std::uint8_t* buffer, unsigned long bits) noexcept;
     void PutOneBit(bool bit) noexcept;
-    // Writes `bits` bits, at most `width`, of a value of `width` (8, 16 or 32) bits.
-    void PutValue(std::uint32_t value, unsigned width, unsigned long bits) noexcept;
+    // Writes `bits` bits of a value of `width` (8, 16 or 32) bits. Answers a result code: there are at most
+    // `width`.
+    int PutValue(std::uint32_t value, unsigned width, unsigned long bits, unsigned long* done) noexcept;
     [[nodiscard]] std::uint64_t GetNumberOfBits() const noexcept { return numberOfBits_; }
     void SetNumberOfBits(std::uint64_t numberOfBits) noexcept { numberOfBits_ = numberOfBits; }
     bool Flush() noexcept { return WriteBytes(&currentByte_, 1); }
@@ -38,10 +39,13 @@ public:
 private:
     void PutTopBits(std::uint64_t word, unsigned count) noexcept;
     [[nodiscard]] bool AppendTopBits(std::uint64_t word, unsigned count) noexcept;
-    [[gnu::noinline]] void PutTopBitsAnywhere(std::uint64_t word, unsigned count) noexcept;
+    void PutTopBitsAnywhere(std::uint64_t word, unsigned count) noexcept;
+    [[gnu::noinline]] int PutValueAnywhere(std::uint32_t value, unsigned width, unsigned long bits,
+                                           unsigned long* done) noexcept;
     void FillCurrentByte(std::uint64_t word, unsigned count) noexcept;
     [[nodiscard]] std::uint8_t PutBitsOfCurrentByte() const noexcept;
     [[gnu::noinline]] void FinishCurrentByte() noexcept;
+    [[gnu::noinline]] void FinishByteAnywhere() noexcept;
     bool WriteBytes(const std::uint8_t* bytes, unsigned long count) noexcept;
     [[nodiscard]] std::uint8_t ByteAt(std::uint64_t index) const noexcept;
     void MoveTo(std::uint64_t marker) noexcept;
@@ -65,34 +69,36 @@ private:
 // put so far. Full bytes are the Data's at once. No branch depends on how many there are, which would be hard
 // to predict. False, and nothing done, in every other case.
 inline bool QVOutputBitStreamImpl::AppendTopBits(std::uint64_t word, unsigned count) noexcept {
-    if (ownedBytes_ == nullptr || bitStoreMode_ == 0) return false;
-    if (byteIndex_ != ownedBytes_->Size() || ownedBytes_->SpareSize() < sizeof word) return false;
+    qv::ByteStore* const bytes = ownedBytes_;
+    if (bytes == nullptr || bitStoreMode_ == 0) return false;
+    if (byteIndex_ != bytes->Size() || bytes->SpareSize() < sizeof word) return false;
     if ((currentByte_ & 0xFF >> bitIndex_) != 0) return false;
     const std::uint64_t all = std::uint64_t{currentByte_} << 56 | word >> bitIndex_;
     const unsigned total = bitIndex_ + count;
     const unsigned fullBytes = total / 8;
-    qv::StoreBig64(all, ownedBytes_->Spare());
-    ownedBytes_->AddSpare(fullBytes);
+    qv::StoreBig64(all, bytes->Spare());
+    bytes->AddSpare(fullBytes);
     byteIndex_ += fullBytes;
     bitIndex_ = total % 8;
     currentByte_ = static_cast<std::uint8_t>(all << 8 * fullBytes >> 56);
+    RaiseNumberOfBits();
     return true;
 }
 
 // Writes the top `count` (1 .. 56) bits of the word; the bits below are zero.
 inline void QVOutputBitStreamImpl::PutTopBits(std::uint64_t word, unsigned count) noexcept {
-    if (!AppendTopBits(word, count)) return PutTopBitsAnywhere(word, count);
-    RaiseNumberOfBits();
+    if (!AppendTopBits(word, count)) PutTopBitsAnywhere(word, count);
 }
 
-inline void QVOutputBitStreamImpl::PutValue(std::uint32_t value, unsigned width,
-                                            unsigned long bits) noexcept {
-    if (bits == 0) return RaiseNumberOfBits();
+inline int QVOutputBitStreamImpl::PutValue(std::uint32_t value, unsigned width, unsigned long bits,
+                                           unsigned long* done) noexcept {
     const auto count = static_cast<unsigned>(bits);
-    const unsigned unused = 64 - count;
-    if (bitStoreMode_ == 1) return PutTopBits(std::uint64_t{value} << unused, count);
-    // Only mode 1 itself aligns the value; in any other mode its top bits are written.
-    PutTopBitsAnywhere(std::uint64_t{value} << (64 - width) >> unused << unused, count);
+    // 0 wraps around to the largest number.
+    if (bits - 1 >= width || bitStoreMode_ != 1 ||
+        !AppendTopBits(std::uint64_t{value} << (64 - count), count))
+        return PutValueAnywhere(value, width, bits, done);
+    if (done != nullptr) *done = bits;
+    return QVNoErr;
 }
 
 inline void QVOutputBitStreamImpl::PutOneBit(bool bit) noexcept {

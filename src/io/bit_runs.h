@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 
 #include "base/big_endian.h"
 
@@ -23,15 +24,17 @@ namespace qv {
 // the bits below are zero.
 [[nodiscard]] inline std::uint32_t LoadCode(const std::uint8_t* bytes, unsigned first,
                                             unsigned count) noexcept {
-    return LoadBig32(bytes) << first & ~std::uint32_t{0} << (32 - count);
+    // The sign bit, spread over `count` bits.
+    const auto mask = static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::min() >> (count - 1));
+    return LoadBig32(bytes) << first & mask;
 }
 
 // Fills the one or two bytes that the top `count` (1 .. 16) bits take. The second store goes to the first
 // byte when there is no second one: which it is would be hard to predict.
 inline void StoreCode(std::uint32_t code, std::uint8_t* target, unsigned count) noexcept {
-    const unsigned last = (count - 1) / 8;
+    const unsigned lastBit = (count - 1) & 8;  // 0 or 8: the first bit of the last byte
     target[0] = static_cast<std::uint8_t>(code >> 24);
-    target[last] = static_cast<std::uint8_t>(code >> (24 - 8 * last));
+    target[lastBit / 8] = static_cast<std::uint8_t>(code >> (24 - lastBit));
 }
 
 // Copies `count` bits from bit `first` (0 .. 7) of the source's first byte on to the start of the target. The

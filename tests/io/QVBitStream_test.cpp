@@ -71,6 +71,19 @@ TEST(InputBitStream, AnnouncedBitsThatTheDataDoesNotHaveAreTheEnd) {
     EXPECT_EQ(QVInputBitStreamGetNumberOfBits(stream.Get()), ~0ULL);
 }
 
+TEST(InputBitStream, AMarkerFarBeyondTheDataReadsNothing) {
+    Owned data = MakeData(Bytes(16, 0xFF));
+    Owned stream{QVInputBitStreamCreateWithData(data.Get(), ~0ULL)};
+    EXPECT_EQ(QVInputBitStreamSetMarker(stream.Get(), 2, -1), -1);  // the last position there is
+    std::uint8_t bits[2] = {0xEE, 0xEE};
+    unsigned long done = 99;
+    EXPECT_FALSE(QVInputBitStreamGetOneBit(stream.Get()));
+    EXPECT_EQ(QVInputBitStreamGetBits(stream.Get(), bits, 16, &done, 0), 0);
+    EXPECT_EQ(done, 0u);
+    EXPECT_EQ(bits[0] | bits[1], 0);
+    EXPECT_EQ(QVInputBitStreamGetMarker(stream.Get()), -1);
+}
+
 TEST(InputBitStream, FutureBitsLeaveTheMarker) {
     Owned data = MakeData({0xB5, 0x0F});
     Owned stream{QVInputBitStreamCreateWithData(data.Get(), 16)};
