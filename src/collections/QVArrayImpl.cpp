@@ -21,7 +21,12 @@ void QVArrayImpl::AppendObject(void* object) {
 void QVArrayImpl::AddObject(void* object) {
     if (object == nullptr) return QVLog(L"Add NULL object into the array.");
     // The reference is taken first and stays taken when there is no room for the element.
-    QVRetain(object);
+    qv::FromHandle<QVCBase>(object)->Retain();
+    if (store_.IsFull()) return GrowAndAppend(object);
+    store_.Append(object);
+}
+
+void QVArrayImpl::GrowAndAppend(void* object) noexcept {
     try {
         store_.Append(object);
     } catch (const std::exception&) {

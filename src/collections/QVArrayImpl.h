@@ -43,6 +43,9 @@ public:
     [[nodiscard]] void* CreateObjectEnumerator();
 
 private:
+    // Rare, and kept out of the way of what is not.
+    [[gnu::noinline]] void GrowAndAppend(void* object) noexcept;
+
     qv::HandleStore store_;
 };
 

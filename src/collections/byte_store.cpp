@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "base/block_cache.h"
+#include "base/grown_block.h"
 
 namespace qv {
 namespace {
@@ -65,7 +66,7 @@ void ByteStore::Reallocate(std::size_t capacity) {
     if (capacity > kMostBytes) throw std::length_error("ByteStore");
     auto* larger = static_cast<std::uint8_t*>(AllocateBlock(capacity));
     if (bytes_ != nullptr) {
-        std::memcpy(larger, bytes_, size_);
+        CopyToGrownBlock(larger, bytes_, size_);
         FreeBlock(bytes_, capacity_);
     }
     bytes_ = larger;

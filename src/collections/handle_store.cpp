@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "base/block_cache.h"
+#include "base/grown_block.h"
 
 namespace qv {
 namespace {
@@ -37,7 +38,7 @@ void HandleStore::Insert(std::size_t index, void* handle) {
         std::copy(begin_, begin_ + index, begin_ - 1);
         --begin_;
     } else {
-        if (end_ == limit_) MakeRoomAtBack();
+        if (IsFull()) MakeRoomAtBack();
         std::copy_backward(begin_ + index, end_, end_ + 1);
         ++end_;
     }
@@ -106,7 +107,8 @@ void HandleStore::Reallocate(std::size_t capacity, std::size_t frontRoom) {
     larger.storage_ = static_cast<void**>(AllocateBlock(capacity * sizeof(void*)));
     larger.limit_ = larger.storage_ + capacity;
     larger.begin_ = larger.storage_ + frontRoom;
-    larger.end_ = std::copy(begin_, end_, larger.begin_);
+    CopyToGrownBlock(larger.begin_, begin_, Count() * sizeof(void*));
+    larger.end_ = larger.begin_ + Count();
     Swap(larger);
 }
 

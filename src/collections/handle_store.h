@@ -28,9 +28,12 @@ public:
     // std::length_error.
     void Reserve(std::size_t capacity);
 
+    // Whether the next handle at the back takes further memory, or a move within it.
+    [[nodiscard]] bool IsFull() const noexcept { return end_ == limit_; }
+
     // Both throw as Reserve does and then change nothing. `index` lies below the count, or at it.
     void Append(void* handle) {
-        if (end_ == limit_) MakeRoomAtBack();
+        if (IsFull()) MakeRoomAtBack();
         *end_++ = handle;
     }
     void Insert(std::size_t index, void* handle);

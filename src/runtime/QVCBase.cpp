@@ -75,18 +75,9 @@ void QVCBase::operator delete(void* object, std::size_t size) noexcept {
     qv::FreeBlock(static_cast<char*>(object) - kPrefixSize, size + kPrefixSize);
 }
 
-void QVCBase::Retain() {
-    ++retainCount_;
-}
-
-void QVCBase::Release() {
-    if (--retainCount_ != 0) return;
+void QVCBase::Die() {
     retainCount_ = kDyingCount;
     Destroy(this);
-}
-
-std::int32_t QVCBase::GetRetainCount() const {
-    return retainCount_;
 }
 
 int QVCBase::CompareToObject(void* other) const {

@@ -10,13 +10,16 @@ public:
     QVCBase(const QVCBase&) = delete;
     QVCBase& operator=(const QVCBase&) = delete;
 
-    // The order of these operations is fixed; derived classes append theirs after the destructors.
-    virtual void Retain();
-    virtual void Release();
-    [[nodiscard]] virtual std::int32_t GetRetainCount() const;
+    // The order of these operations is fixed; derived classes append theirs after the destructors. Those that
+    // no class has in a form of its own are final, so that calling them takes no jump through the table.
+    virtual void Retain() final { ++retainCount_; }
+    virtual void Release() final {
+        if (--retainCount_ == 0) Die();
+    }
+    [[nodiscard]] virtual std::int32_t GetRetainCount() const final { return retainCount_; }
     [[nodiscard]] virtual std::uint16_t GetTypeID() const = 0;
-    [[nodiscard]] virtual int CompareToObject(void* other) const;
-    [[nodiscard]] virtual void* CreateCopy() const;
+    [[nodiscard]] virtual int CompareToObject(void* other) const final;
+    [[nodiscard]] virtual void* CreateCopy() const final;
     virtual void* GetNSObject();
     [[nodiscard]] virtual void* CreateCFObject();
     virtual ~QVCBase() = default;
@@ -28,6 +31,8 @@ public:
     static void operator delete[](void*) = delete;
 
 private:
+    void Die();
+
     std::int32_t retainCount_ = 1;
 };
 
