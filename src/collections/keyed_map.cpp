@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "base/block_cache.h"
+#include "platform/large_pages.h"
 
 namespace qv {
 
@@ -24,6 +25,9 @@ constexpr std::uint32_t kMostSlots = sizeof(std::size_t) > 4 ? 0x80000000U : 0x0
 constexpr std::uint32_t PlacesFor(std::uint32_t slotCount) {
     return slotCount - slotCount / 4;
 }
+
+// A table that many small pages would hold; it has a hundred thousand entries or more.
+constexpr std::size_t kWorthLargePages = 4 << 20;
 
 constexpr std::uint64_t kMultiplier = 0x9E3779B97F4A7C15U;
 
@@ -137,6 +141,7 @@ void KeyedMap::Grow() {
     const std::uint32_t slotCount = std::max(kFirstSlotCount, 2 * slotCount_);
     const std::size_t size = slotCount * sizeof(Slot) + PlacesFor(slotCount) * sizeof(KeyedEntry*);
     auto* slots = static_cast<Slot*>(AllocateBlock(size));
+    if (size >= kWorthLargePages) PreferLargePages(slots, size);
     auto* places = reinterpret_cast<KeyedEntry**>(slots + slotCount);
     std::fill_n(slots, slotCount, Slot{});
     std::copy_n(places_, placesUsed_, places);
