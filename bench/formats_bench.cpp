@@ -188,11 +188,28 @@ msgpack_object MakeMessage(MessageZone& zone) {
     return records;
 }
 
+// The peer packs all of the message.
+void RequirePacking(const msgpack_object& message) {
+    msgpack_sbuffer buffer;
+    msgpack_sbuffer_init(&buffer);
+    msgpack_packer packer;
+    msgpack_packer_init(&packer, &buffer, msgpack_sbuffer_write);
+    Require(msgpack_pack_object(&packer, message) == 0, "the peer fails");
+    msgpack_unpacked unpacked;
+    msgpack_unpacked_init(&unpacked);
+    Require(msgpack_unpack_next(&unpacked, buffer.data, buffer.size, nullptr) == MSGPACK_UNPACK_SUCCESS &&
+                msgpack_object_equal(unpacked.data, message),
+            "the peer packs something else");
+    msgpack_unpacked_destroy(&unpacked);
+    msgpack_sbuffer_destroy(&buffer);
+}
+
 Comparison CompareEncoding() {
     const Handle records = MakeRecords();
     RequireRoundTrip(records.get());
     const auto zone = std::make_shared<MessageZone>();
     const msgpack_object message = MakeMessage(*zone);
+    RequirePacking(message);
     return {Times([records] {
                 void* data = QVBinaryFormatCreateData(records.get());
                 Keep(data);
@@ -251,9 +268,24 @@ Bytes EncodeCbor() {
     return bytes;
 }
 
+// The peer reads back what it wrote.
+void RequirePeerRoundTrip(const Bytes& bytes) {
+    cbor_load_result result;
+    cbor_item_t* item = cbor_load(bytes.data(), bytes.size(), &result);
+    Require(item != nullptr && cbor_array_size(item) == kRecords && result.read == bytes.size(),
+            "the peer reads something else");
+    unsigned char* buffer = nullptr;
+    std::size_t room = 0;
+    const std::size_t size = cbor_serialize_alloc(item, &buffer, &room);
+    Require(Bytes(buffer, buffer + size) == bytes, "the peer reads another object");
+    std::free(buffer);
+    cbor_decref(&item);
+}
+
 Comparison CompareDecoding() {
     const Handle records = MakeRecords();
     RequireRoundTrip(records.get());
+    RequirePeerRoundTrip(EncodeCbor());
     const Handle data = Adopt(QVBinaryFormatCreateData(records.get()));
     return {DrainPool(Times([data] {
                           void* decoded = nullptr;
