@@ -1,5 +1,6 @@
 // qvtool archive, run as a user runs it: create, list, extract, and what each says when something is wrong.
 #include <algorithm>
+#include <csignal>
 #include <gtest/gtest.h>
 #include <map>
 #include <string>
@@ -327,6 +328,25 @@ TEST_F(QvtoolArchive, AnOlderFileStaysWhenItsReplacementFails) {
     EXPECT_EQ(folder.status, 1);
     EXPECT_TRUE(Says(folder, "/file: cannot replace it: ")) << folder.output;
     EXPECT_TRUE(Tree(Extracted()).empty());
+}
+
+TEST_F(QvtoolArchive, AnInterruptedExtractionLeavesNoPartOfAFile) {
+    // An archive of one file that takes seconds to write, and no place on the disk itself.
+    constexpr std::uint64_t kBodyLength = 4'000'000'000;
+    std::string archive = qvmodel::EncodeArchive({0x1122334455667788, {{2, 1, "", ""}}, ""});
+    for (std::size_t i = 0; i < 8; ++i)
+        archive[archive.size() - 8 + i] = static_cast<char>(kBodyLength >> (8 * i));
+    WriteFile(archive_, archive);
+    fs::resize_file(archive_, archive.size() + kBodyLength);
+
+    for (const std::string overwrite : {"", "--overwrite "}) {
+        fs::remove_all(target_);
+        const Outcome outcome = Shell(QVTOOL " archive extract -q " + overwrite + archive_ + " " + target_ +
+                                      " & while kill -0 $! && ! ls -A " + target_ +
+                                      " | grep -q .; do sleep 0.01; done; kill $!; wait $!");
+        EXPECT_EQ(outcome.status, 128 + SIGTERM) << outcome.output;
+        EXPECT_TRUE(fs::is_empty(target_)) << overwrite;
+    }
 }
 
 TEST_F(QvtoolArchive, AnIndexThatDoesNotFitIsNone) {

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "tool.h"
+#include "unfinished_file.h"
 
 namespace tool {
 
@@ -23,29 +24,30 @@ int EnterFolder(int parent, const std::string& name) {
     return folder;
 }
 
+void WriteWhole(UnfinishedFile& file, unsigned mode, const ExtractionFolder::Writer& writer) {
+    writer(file.File().Get());
+    if (fchmod(file.File().Get(), mode & 0777) != 0 || !file.File().Close()) {
+        throw Failure(SystemText("cannot write it"));
+    }
+}
+
+constexpr char kRefused[] = "cannot create it";
+
 // A new file in the folder; any other of its name must have gone.
 void WriteNewFile(int folder, const char* name, unsigned mode, const ExtractionFolder::Writer& writer) {
-    Descriptor file(openat(folder, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
-    if (file.Get() < 0) throw Failure(SystemText("cannot create it"));
-    try {
-        writer(file.Get());
-        if (fchmod(file.Get(), mode & 0777) != 0 || !file.Close()) {
-            throw Failure(SystemText("cannot write it"));
-        }
-    } catch (...) {
-        unlinkat(folder, name, 0);
-        throw;
-    }
+    UnfinishedFile file(folder, name, kRefused);
+    WriteWhole(file, mode, writer);
+    file.Keep();
 }
 
 // The older file, or the link in its place, stays until the new one is whole.
 void ReplaceFile(int folder, const char* name, unsigned mode, const ExtractionFolder::Writer& writer) {
-    const std::string temporary = ".qvtool-" + std::to_string(getpid());
-    WriteNewFile(folder, temporary.c_str(), mode, writer);
-    if (renameat(folder, temporary.c_str(), folder, name) == 0) return;
-    const Failure failure(SystemText("cannot replace it"));
-    unlinkat(folder, temporary.c_str(), 0);
-    throw failure;
+    UnfinishedFile file(folder, UnfinishedFile::TemporaryName(), kRefused);
+    WriteWhole(file, mode, writer);
+    if (renameat(folder, file.Name().c_str(), folder, name) != 0) {
+        throw Failure(SystemText("cannot replace it"));
+    }
+    file.Keep();
 }
 
 }  // namespace

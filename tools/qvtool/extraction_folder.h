@@ -22,7 +22,7 @@ public:
     /// Makes a new file with the permission bits `mode` (and the folders on the way to it) and has its bytes
     /// written. `name` is relative, with "/" between components; links are never followed, and a file that is
     /// there stays untouched unless `overwrite` has it replaced in the end. When anything fails a Failure is
-    /// thrown and no part of the new file is left.
+    /// thrown and no part of the new file is left; a signal that ends the program leaves none either.
     void WriteFile(const std::string& name, unsigned mode, bool overwrite, const Writer& writer);
 
 private:

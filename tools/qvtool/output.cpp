@@ -1,12 +1,9 @@
 #include "output.h"
 
-#include <array>
-#include <atomic>
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
+#include <fcntl.h>
 #include <filesystem>
-#include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -17,45 +14,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::array kEndingSignals = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
-
-std::atomic<const char*> unfinishedPath{nullptr};
-
-// Keeps the signals back as long as it lives.
-class HeldSignals final {
-public:
-    HeldSignals() {
-        sigset_t signals;
-        sigemptyset(&signals);
-        for (const int signal : kEndingSignals)
-            sigaddset(&signals, signal);
-        pthread_sigmask(SIG_BLOCK, &signals, &before_);
-    }
-    HeldSignals(const HeldSignals&) = delete;
-    HeldSignals& operator=(const HeldSignals&) = delete;
-    ~HeldSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-
-private:
-    sigset_t before_{};
-};
-
-// Lets a signal that ends the program remove the unfinished file first.
-void RemoveUnfinishedFileAtSignals() {
-    struct sigaction action {};
-    action.sa_flags = static_cast<int>(SA_RESETHAND);  // raised again, the signal has its ordinary effect
-    action.sa_handler = [](int signal) {
-        if (const char* path = unfinishedPath.load()) unlink(path);
-        raise(signal);
-    };
-    sigemptyset(&action.sa_mask);
-    for (const int signal : kEndingSignals) {
-        struct sigaction before {};
-        if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler == SIG_DFL) {
-            sigaction(signal, &action, nullptr);
-        }
-    }
-}
-
 // A link is followed, so that it stays and its file is replaced. A device or a folder is no place.
 std::string Target(const std::string& path) {
     std::error_code error;
@@ -65,6 +23,12 @@ std::string Target(const std::string& path) {
     const fs::path target = fs::canonical(path, error);
     if (error) throw Failure(path + ": " + error.message());
     return target.string();
+}
+
+std::string CheckedTarget(const Output& output) {
+    std::string target = Target(output.path);
+    output.Check();
+    return target;
 }
 
 }  // namespace
@@ -87,25 +51,16 @@ void Output::CheckIsNot(const std::string& other, const std::string& what) const
     if (fs::equivalent(path, other, ignored)) throw Failure(path + ": is " + what);
 }
 
-OutputFile::OutputFile(const Output& output) : output_(output), target_(Target(output.path)) {
-    output_.Check();
-    temporary_ = (fs::path(target_).parent_path() / ".qvtool-XXXXXX").string();
-    RemoveUnfinishedFileAtSignals();
-    const HeldSignals held;  // until the file's name is where the handler finds it
-    const int descriptor = mkstemp(temporary_.data());
-    if (descriptor < 0) throw Failure(SystemText(output_.path));
-    unfinishedPath = temporary_.c_str();
-    close(descriptor);
-}
-
-OutputFile::~OutputFile() {
-    if (!isInPlace_) unlink(temporary_.c_str());
-    unfinishedPath = nullptr;
+OutputFile::OutputFile(const Output& output)
+    : output_(output),
+      target_(CheckedTarget(output)),
+      temporary_(AT_FDCWD, fs::path(target_).parent_path() / UnfinishedFile::TemporaryName(), output.path) {
+    temporary_.File().Close();  // whoever writes opens it by its path
 }
 
 void OutputFile::PutInPlace() {
-    if (chmod(temporary_.c_str(), Permissions()) != 0 || !Rename()) throw Failure(SystemText(output_.path));
-    isInPlace_ = true;
+    if (chmod(Path().c_str(), Permissions()) != 0 || !Rename()) throw Failure(SystemText(output_.path));
+    temporary_.Keep();
 }
 
 mode_t OutputFile::Permissions() const {
@@ -120,11 +75,11 @@ mode_t OutputFile::Permissions() const {
 // file system knows no second names, only the check stands between.
 bool OutputFile::Rename() const {
     if (!output_.overwrite) {
-        if (link(temporary_.c_str(), target_.c_str()) == 0) return unlink(temporary_.c_str()) == 0;
+        if (link(Path().c_str(), target_.c_str()) == 0) return unlink(Path().c_str()) == 0;
         if (errno == EEXIST) return false;
         output_.Check();
     }
-    return std::rename(temporary_.c_str(), target_.c_str()) == 0;
+    return std::rename(Path().c_str(), target_.c_str()) == 0;
 }
 
 void PrintData(void* data) {

@@ -7,6 +7,7 @@
 #include <sys/types.h>
 
 #include "command_line.h"
+#include "unfinished_file.h"
 
 namespace tool {
 
@@ -36,10 +37,9 @@ public:
     explicit OutputFile(const Output& output);
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
-    ~OutputFile();
 
     /// Where to write.
-    [[nodiscard]] const std::string& Path() const { return temporary_; }
+    [[nodiscard]] const std::string& Path() const { return temporary_.Name(); }
 
     /// Gives the file its name, and the permissions of the older file or those of any new one. Call it with
     /// the file closed.
@@ -51,8 +51,7 @@ private:
 
     Output output_;
     std::string target_;
-    std::string temporary_;
-    bool isInPlace_ = false;
+    UnfinishedFile temporary_;
 };
 
 /// Writes the Data's bytes to the output; "-" is standard output.
