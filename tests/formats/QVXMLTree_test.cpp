@@ -10,6 +10,8 @@
 #include <QVFoundation/QVTree.h>
 #include <QVFoundation/QVXMLTree.h>
 
+#include "formats/QVXMLTreeImpl.h"
+#include "runtime/Guard.h"
 #include "runtime/Owned.h"
 #include "support/consumers.h"
 #include "support/failing_allocator.h"
@@ -125,6 +127,22 @@ TEST_F(XMLTree, InstructionsAreWrittenAsTheyAre) {
     EXPECT_EQ(Text(instruction.Get()), "<?xml a=\"<&>\"?>");
     const Owned empty{QVXMLTreeCreateProcessingInstructionNode(nullptr)};
     EXPECT_EQ(Text(empty.Get()), "<?xml ?>");
+}
+
+// No function makes comments and unknown nodes; the class does.
+void* NodeOfType(unsigned int type, void* value) {
+    return QVTEMPOBJ(qv::CreateObject<QVXMLTreeImpl>(type, value, nullptr, nullptr, false));
+}
+
+TEST_F(XMLTree, CommentsFollowTheFlag) {
+    void* comment = NodeOfType(QVXMLNodeComment, QVSTR(L" \u00E9 < e "));
+    EXPECT_EQ(Text(comment, kLimited), "<!-- \xC3\xA9 &lt; e -->");
+    EXPECT_EQ(Text(comment, kFull), "<!-- &eacute; &lt; e -->");
+}
+
+TEST_F(XMLTree, NodesOfUnknownTypesAreLeftOutWithTheirChildren) {
+    void* unknown = With(QVRetain(NodeOfType(99, nullptr)), {TextNode(L"hidden")});
+    EXPECT_EQ(Text(Element(L"a", {unknown, TextNode(L"shown")})), "<a>shown</a>");
 }
 
 TEST_F(XMLTree, TextUsesTheLimitedTableWhateverTheFlagsSay) {

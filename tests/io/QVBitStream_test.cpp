@@ -7,7 +7,9 @@
 #include <QVFoundation/QVBitStream.h>
 #include <QVFoundation/QVData.h>
 
+#include "io/QVInputBitStreamImpl.h"
 #include "models/plain_bit_streams.h"
+#include "runtime/Handle.h"
 #include "runtime/Owned.h"
 #include "support/failing_allocator.h"
 #include "support/log_capture.h"
@@ -26,7 +28,41 @@ Bytes Contents(void* data) {
     return Bytes(bytes, bytes + QVDataGetSize(data));
 }
 
+TEST(BitStreams, HaveTypesOfTheirOwn) {
+    const Owned input{QVInputBitStreamCreateWithData(nullptr, 0)};
+    const Owned output{QVOutputBitStreamCreateWithData(nullptr, 0)};
+    EXPECT_EQ(QVGetTypeID(input.Get()), QVTypeIDInputBitStream);
+    EXPECT_EQ(QVGetTypeID(output.Get()), QVTypeIDOutputBitStream);
+}
+
 // ---- Reading
+
+// The operation is the class's alone.
+TEST(InputBitStream, OtherDataIsReadFromItsStart) {
+    const Owned first = MakeData({0xFF});
+    const Owned second = MakeData({0x00, 0xA5});
+    const Owned stream{QVInputBitStreamCreateWithData(first.Get(), 8)};
+    auto& input = *qv::FromHandle<QVInputBitStreamImpl>(stream.Get());
+    EXPECT_EQ(QVInputBitStreamGetOneBit(stream.Get()), 1);
+
+    input.SetInputData(first.Get(), 4);
+    EXPECT_EQ(input.GetMarker(), 1u) << "the Data it holds already changes nothing";
+    EXPECT_EQ(input.GetNumberOfBits(), 8u);
+
+    input.SetInputData(second.Get(), 12);
+    EXPECT_EQ(QVGetRetainCount(first.Get()), 1u);
+    EXPECT_EQ(QVGetRetainCount(second.Get()), 2u);
+    EXPECT_EQ(input.GetMarker(), 0u);
+    EXPECT_EQ(input.GetNumberOfBits(), 12u);
+    std::uint8_t bits[2] = {};
+    EXPECT_EQ(QVInputBitStreamGetBits(stream.Get(), bits, 12, nullptr, 1), 0);
+    EXPECT_EQ(bits[1], 0xA0);
+
+    input.SetInputData(nullptr, 12);
+    EXPECT_EQ(QVGetRetainCount(second.Get()), 1u);
+    EXPECT_EQ(input.GetNumberOfBits(), 0u);
+    EXPECT_TRUE(input.IsEnd());
+}
 
 TEST(InputBitStream, BitsComeLeftAlignedOrInModeZeroRightAligned) {
     Owned data = MakeData({0xB5, 0x0F});
