@@ -21,6 +21,11 @@ namespace qv {
     return value;
 }
 
+inline void StoreBig32(std::uint32_t value, void* bytes) noexcept {
+    if constexpr (std::endian::native == std::endian::little) value = __builtin_bswap32(value);
+    std::memcpy(bytes, &value, sizeof value);
+}
+
 inline void StoreBig64(std::uint64_t value, void* bytes) noexcept {
     if constexpr (std::endian::native == std::endian::little) value = __builtin_bswap64(value);
     std::memcpy(bytes, &value, sizeof value);

@@ -32,9 +32,11 @@ namespace qv {
 // Fills the one or two bytes that the top `count` (1 .. 16) bits take. The second store goes to the first
 // byte when there is no second one: which it is would be hard to predict.
 inline void StoreCode(std::uint32_t code, std::uint8_t* target, unsigned count) noexcept {
-    const unsigned lastBit = (count - 1) & 8;  // 0 or 8: the first bit of the last byte
-    target[0] = static_cast<std::uint8_t>(code >> 24);
-    target[lastBit / 8] = static_cast<std::uint8_t>(code >> (24 - lastBit));
+    const unsigned last = (count - 1) / 8;
+    std::uint8_t bytes[sizeof code];
+    StoreBig32(code, bytes);
+    target[0] = bytes[0];
+    target[last] = bytes[last];
 }
 
 // Copies `count` bits from bit `first` (0 .. 7) of the source's first byte on to the start of the target. The
