@@ -15,6 +15,8 @@ function(qv_configure_library target)
     PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
     PRIVATE ${PROJECT_SOURCE_DIR}/src)
   target_compile_options(${target} PRIVATE -fno-semantic-interposition)
+  # Short functions that straddle 64 bytes of code take up to a seventh longer; what stands before them must not decide.
+  target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-falign-functions=32>)
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:qv_build_settings> Threads::Threads)
 endfunction()
 
