@@ -3,6 +3,7 @@
 #if defined(__x86_64__) || defined(__i386__)
 
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <immintrin.h>
 

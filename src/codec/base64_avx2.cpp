@@ -2,6 +2,7 @@
 
 #if QV_X86
 
+#include <cstddef>
 #include <immintrin.h>
 
 namespace qv {
