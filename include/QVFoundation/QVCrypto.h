@@ -81,9 +81,9 @@ QV_EXPORT int QVCryptoDecode(void* crypto, unsigned long long size) QV_NOTHROW;
 QV_EXPORT void* QVCryptoEncodeData(void* data, void* key) QV_NOTHROW;
 
 /**
- * The plaintext of the container in the Data: new Data as a temporary object. Null on any failure. A
- * plaintext SHORTER THAN THE KEY is followed by zeros up to the key's size: the container knows its size,
- * this result does not tell.
+ * The plaintext of the container in the Data: new Data as a temporary object. Null on any failure; what had
+ * been deciphered of a container that turns out to be wrong is wiped. A plaintext SHORTER THAN THE KEY is
+ * followed by zeros up to the key's size: the container knows its size, this result does not tell.
  */
 QV_EXPORT void* QVCryptoDecodeData(void* data, void* key) QV_NOTHROW;
 

@@ -2,6 +2,7 @@
 #include <QVFoundation/QVCrypto.h>
 #include <QVFoundation/QVData.h>
 
+#include "base/secure_wipe.h"
 #include "crypto/QVCryptoImpl.h"
 #include "runtime/Guard.h"
 #include "runtime/Owned.h"
@@ -31,8 +32,17 @@ void* Process(int (*process)(void*, unsigned long long), void* data, void* key, 
         return nullptr;
     QVCryptoSetSrcStream(crypto.Get(), source.Get());
     QVCryptoSetDstStream(crypto.Get(), destination.Get());
-    if (process(crypto.Get(), QVDataGetSize(data)) != QVNoErr) return nullptr;
+    if (process(crypto.Get(), QVDataGetSize(data)) != QVNoErr) {
+        // What was written may be plaintext that the fingerprint has turned out to be wrong for.
+        qv::SecureWipe(QVDataGetMutableBuffer(result.Get()), QVDataGetSize(result.Get()));
+        return nullptr;
+    }
     return QVTEMPOBJ(result.Detach());
+}
+
+// The result of QVCryptoDecodeData is nobody else's until the container has been found right.
+int DecodeUnseen(void* crypto, unsigned long long size) noexcept {
+    return With<QVCryptoImpl>(crypto, int{QVErrParam}, [&](QVCryptoImpl& c) { return c.DecodeUnseen(size); });
 }
 
 }  // namespace
@@ -78,5 +88,5 @@ void* QVCryptoEncodeData(void* data, void* key) noexcept {
 
 void* QVCryptoDecodeData(void* data, void* key) noexcept {
     if (data == nullptr) return nullptr;
-    return Process(&QVCryptoDecode, data, key, CreateResult(QVDataGetSize(key), QVDataGetSize(data)));
+    return Process(&DecodeUnseen, data, key, CreateResult(QVDataGetSize(key), QVDataGetSize(data)));
 }

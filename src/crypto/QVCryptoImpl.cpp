@@ -197,10 +197,15 @@ int QVCryptoImpl::WriteHeader(QVBlowfishImpl& cipher, const qv::ContainerHeader&
 
 int QVCryptoImpl::Decode(std::uint64_t size) {
     if (!CanProcess(size)) return QVErrParam;
-    return FlushAfter(qv::Guard(int{QVErrMemory}, [&] { return ReadContainer(size); }));
+    return FlushAfter(qv::Guard(int{QVErrMemory}, [&] { return ReadContainer(size, true); }));
 }
 
-int QVCryptoImpl::ReadContainer(std::uint64_t size) {
+int QVCryptoImpl::DecodeUnseen(std::uint64_t size) {
+    if (!CanProcess(size)) return QVErrParam;
+    return FlushAfter(qv::Guard(int{QVErrMemory}, [&] { return ReadContainer(size, false); }));
+}
+
+int QVCryptoImpl::ReadContainer(std::uint64_t size, bool isSeen) {
     const long long start = QVStreamGetMarker(source_.Get());
     qv::ContainerHeader header;
     const KeyedCipher headerCipher(key_.Get());
@@ -212,10 +217,18 @@ int QVCryptoImpl::ReadContainer(std::uint64_t size) {
     const qv::WipedPtr<Piece> piece(new Piece);
     const long long bodyStart = start + static_cast<long long>(header.headerSize);
     QVStreamSetMarker(source_.Get(), 0, bodyStart);
-    if (const int result = CheckFingerprint(bodySize, *piece, header.fingerprint)) return result;
-    QVStreamSetMarker(source_.Get(), 0, bodyStart);
+    if (isSeen) {
+        if (const int result = CheckFingerprint(bodySize, *piece, header.fingerprint)) return result;
+        QVStreamSetMarker(source_.Get(), 0, bodyStart);
+        const KeyedCipher bodyCipher(*headerCipher);
+        qv::ContainerDecipher decipher(bodyCipher->GetTables(), header.bodyFeedbackCode);
+        return ReadBody(bodySize, decipher, *piece, header.plaintextSize);
+    }
     const KeyedCipher bodyCipher(*headerCipher);
-    return ReadBody(bodySize, *bodyCipher, *piece, header);
+    qv::FingerprintingDecipher decipher(bodyCipher->GetTables(), header.bodyFeedbackCode);
+    if (const int result = ReadBody(bodySize, decipher, *piece, header.plaintextSize)) return result;
+    const auto fingerprint = decipher.Finish(QVDataGetImutableBuffer(key_.Get()), QVDataGetSize(key_.Get()));
+    return fingerprint == header.fingerprint ? int{QVNoErr} : int{QVErrHashMismatch};
 }
 
 // Fields are read only as far as the header's own size reaches; those beyond stay zero.
@@ -263,10 +276,10 @@ int QVCryptoImpl::CheckFingerprint(std::uint64_t bodySize, Piece& piece, const q
     return digest.GetWords() == fingerprint ? int{QVNoErr} : int{QVErrHashMismatch};
 }
 
-int QVCryptoImpl::ReadBody(std::uint64_t bodySize, const QVBlowfishImpl& cipher, Piece& piece,
-                           const qv::ContainerHeader& header) {
-    qv::ContainerDecipher decipher(cipher.GetTables(), header.bodyFeedbackCode);
-    std::uint64_t plaintextLeft = header.plaintextSize;
+template <class Decipher>
+int QVCryptoImpl::ReadBody(std::uint64_t bodySize, Decipher& decipher, Piece& piece,
+                           std::uint64_t plaintextSize) {
+    std::uint64_t plaintextLeft = plaintextSize;
     for (std::uint64_t left = bodySize; left > 0;) {
         const std::size_t wanted = NextSize(left, piece);
         unsigned long done = 0;

@@ -21,6 +21,9 @@ public:
 
     int Encode(std::uint64_t size);
     int Decode(std::uint64_t size);
+    // For a destination that nobody sees before the call has succeeded: reads the source once. A wrong
+    // fingerprint is then found after the plaintext has been written.
+    int DecodeUnseen(std::uint64_t size);
 
 private:
     // What the body moves through: large enough that the streams' own work does not count, small enough to
@@ -35,11 +38,11 @@ private:
     int WriteBody(const QVBlowfishImpl& cipher, Piece& piece, qv::ContainerHeader& header);
     int WriteHeader(QVBlowfishImpl& cipher, const qv::ContainerHeader& header);
 
-    int ReadContainer(std::uint64_t size);
+    int ReadContainer(std::uint64_t size, bool isSeen);
     int ReadHeader(std::uint64_t containerSize, QVBlowfishImpl& cipher, qv::ContainerHeader& header);
     int CheckFingerprint(std::uint64_t bodySize, Piece& piece, const qv::Md5Words& fingerprint);
-    int ReadBody(std::uint64_t bodySize, const QVBlowfishImpl& cipher, Piece& piece,
-                 const qv::ContainerHeader& header);
+    template <class Decipher>
+    int ReadBody(std::uint64_t bodySize, Decipher& decipher, Piece& piece, std::uint64_t plaintextSize);
 
     qv::Owned key_;  // Data of the key's final length, or null
     qv::Owned source_;

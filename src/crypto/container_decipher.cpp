@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "crypto/container_decipher_avx2.h"
+
 namespace qv {
 namespace {
 
@@ -27,17 +29,49 @@ BlowfishHalves DecipherTogether(const BlowfishTables& key, BlowfishHalves chain,
     return chain;
 }
 
-}  // namespace
-
-void ContainerDecipher::Decipher(std::uint8_t* piece, std::size_t size) noexcept {
+BlowfishHalves DecipherBlocks(const BlowfishTables& borrowedKey, BlowfishHalves chain, std::uint8_t* piece,
+                              std::size_t size) noexcept {
     constexpr std::size_t kTogether = kLanes * kBlowfishBlockSize;
-    const BlowfishTables key = key_;  // local copies may stay in registers
-    BlowfishHalves chain = chain_;
+    const BlowfishTables key = borrowedKey;  // local copies may stay in registers
     for (; size >= kTogether; piece += kTogether, size -= kTogether)
         chain = DecipherTogether(key, chain, piece, std::make_index_sequence<kLanes>{});
     for (; size >= kBlowfishBlockSize; piece += kBlowfishBlockSize, size -= kBlowfishBlockSize)
         chain = DecipherTogether(key, chain, piece, std::make_index_sequence<1>{});
-    chain_ = chain;
+    return chain;
+}
+
+}  // namespace
+
+void ContainerDecipher::Decipher(std::uint8_t* piece, std::size_t size) noexcept {
+    chain_ = DecipherBlocks(key_, chain_, piece, size);
+}
+
+FingerprintingDecipher::FingerprintingDecipher(const BlowfishTables& key, std::uint64_t feedbackCode) noexcept
+    : key_(key), chain_(BlowfishFeedback(feedbackCode).Halves()), digest_(*block_) {
+    digest_.Initialize();
+}
+
+void FingerprintingDecipher::Decipher(std::uint8_t* piece, std::size_t size) noexcept {
+    std::size_t hashed = 0;
+    if constexpr (avx2::kHasDecipherBesideHash) {
+        // The hash is one group ahead of the cipher and needs another group behind its own.
+        const std::size_t groups = size / kMd5BlockSize;
+        if (groups > 2 && avx2::CanDecipherBesideHash()) {
+            digest_.Update(piece, kMd5BlockSize);
+            chain_ = avx2::DecipherBesideHash(key_, chain_, digest_.LendWords(groups - 2), piece, groups - 2);
+            piece += (groups - 2) * kMd5BlockSize;
+            size -= (groups - 2) * kMd5BlockSize;
+            hashed = kMd5BlockSize;
+        }
+    }
+    digest_.Update(piece + hashed, size - hashed);
+    chain_ = DecipherBlocks(key_, chain_, piece, size);
+}
+
+Md5Words FingerprintingDecipher::Finish(const void* key, std::size_t size) noexcept {
+    digest_.Update(key, size);
+    digest_.Finish();
+    return digest_.GetWords();
 }
 
 }  // namespace qv

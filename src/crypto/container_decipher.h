@@ -1,7 +1,9 @@
 // The way of a container's body back to plaintext.
 #pragma once
 
+#include "base/secure_wipe.h"
 #include "crypto/blowfish_rounds.h"
+#include "crypto/md5_digest.h"
 
 namespace qv {
 
@@ -18,6 +20,24 @@ public:
 private:
     BlowfishTables key_;
     BlowfishHalves chain_;
+};
+
+// The same with the fingerprint taken on the way, for plaintext that nobody sees before the fingerprint is
+// known to be right.
+class FingerprintingDecipher {
+public:
+    FingerprintingDecipher(const BlowfishTables& key, std::uint64_t feedbackCode) noexcept;
+
+    // Takes the next piece: a multiple of 64 bytes, or of 8 bytes for the last one.
+    void Decipher(std::uint8_t* piece, std::size_t size) noexcept;
+    // The fingerprint: the hash of everything as it was enciphered, and then of the key.
+    [[nodiscard]] Md5Words Finish(const void* key, std::size_t size) noexcept;
+
+private:
+    BlowfishTables key_;
+    BlowfishHalves chain_;
+    Wiped<Md5Block> block_;  // meets the key bytes
+    Md5Digest digest_;
 };
 
 }  // namespace qv

@@ -613,6 +613,27 @@ TEST(CryptoData, FailureIsNull) {
     EXPECT_EQ(QVCryptoDecodeData(plain.Get(), nullptr), nullptr);
 }
 
+// Bodies of a few blocks, and of several groups with and without a rest.
+TEST(CryptoData, EveryChangedByteHasTheOutcomeOfTheModel) {
+    RandomBytes random(49);
+    const Owned key = MakeData(kKey);
+    for (const std::size_t size : {29, 256, 300}) {
+        const Bytes container = Encode(random.Make(size), kKey);
+        for (std::size_t i = 0; i < container.size(); ++i) {
+            const qv::LocalPool pool;
+            Bytes changed = container;
+            changed[i] ^= static_cast<std::uint8_t>(1 + random.Below(255));
+            void* decoded = QVCryptoDecodeData(MakeData(changed).Get(), key.Get());
+            const qvmodel::ReadResult model = ModelRead(changed, kKey);
+            ASSERT_EQ(decoded != nullptr, model.code == 0) << "byte " << i;
+            if (decoded == nullptr) continue;
+            Bytes expected = model.plain;
+            expected.resize(std::max(expected.size(), kKey.size()));
+            ASSERT_EQ(BytesOf(decoded), expected) << "byte " << i;
+        }
+    }
+}
+
 TEST(CryptoData, BorrowedBytesServeAsWell) {
     const qv::LocalPool pool;
     char text[] = "text over the caller's own memory";

@@ -45,9 +45,15 @@ TEST_F(ContainerCipher, EnciphersAndHashesAsTheModelsDo) {
         EXPECT_EQ(bytes, expected) << blocks;
         EXPECT_EQ(encipher.Finish(key.data(), key.size()), qvmodel::HashMd5(hashed)) << blocks;
 
+        Bytes again = bytes;
         qv::ContainerDecipher decipher(Tables(), feedback);
         decipher.Decipher(bytes.data(), bytes.size());
         EXPECT_EQ(bytes, plain) << blocks;
+
+        qv::FingerprintingDecipher fingerprinting(Tables(), feedback);
+        fingerprinting.Decipher(again.data(), again.size());
+        EXPECT_EQ(again, plain) << blocks;
+        EXPECT_EQ(fingerprinting.Finish(key.data(), key.size()), qvmodel::HashMd5(hashed)) << blocks;
     }
 }
 
@@ -67,6 +73,17 @@ TEST_F(ContainerCipher, PiecesGiveWhatOneCallGives) {
         }
         EXPECT_EQ(bytes, expected) << "round " << round;
         EXPECT_EQ(encipher.Finish(key.data(), key.size()), qvmodel::HashMd5(hashed)) << "round " << round;
+
+        Bytes again = bytes;
+        qv::FingerprintingDecipher fingerprinting(Tables(), 99);
+        for (std::size_t at = 0; at < again.size();) {
+            const std::size_t size = std::min(again.size() - at, 64 * random.Below(8));
+            fingerprinting.Decipher(again.data() + at, size);
+            at += size;
+        }
+        EXPECT_EQ(again, plain) << "round " << round;
+        EXPECT_EQ(fingerprinting.Finish(key.data(), key.size()), qvmodel::HashMd5(hashed))
+            << "round " << round;
 
         qv::ContainerDecipher decipher(Tables(), 99);
         for (std::size_t at = 0; at < bytes.size();) {

@@ -130,13 +130,15 @@ TEST(Wiping, EverythingAContainerPassesThrough) {
 
 TEST(Wiping, WhatARefusedContainerPassedThrough) {
     qvtest::RandomBytes random(61);
-    const Bytes plain = random.Make(100);
+    const Bytes plain = random.Make(1000);
     Bytes container = qvtest::Encode(plain, kKey);
-    container.back() ^= 1;
+    container.back() ^= 1;  // the plaintext before it comes out right
     const Owned key = qvtest::MakeData(kKey);
     const Owned data = qvtest::MakeData(container);
     std::vector<Bytes> parts = TableParts(kKey);
     parts.push_back(kKey);
+    parts.emplace_back(plain.begin(), plain.begin() + 16);
+    parts.emplace_back(plain.begin() + 500, plain.begin() + 516);
     FreedSecrets secrets(parts);
     EXPECT_EQ(QVCryptoDecodeData(data.Get(), key.Get()), nullptr);
     EXPECT_EQ(secrets.Found(), 0);
