@@ -488,6 +488,6 @@ int QVArchiveImpl::PutZeros(std::uint64_t size, std::size_t pieceSize) {
 }
 
 unsigned char* QVArchiveImpl::CopyBuffer() {
-    if (!copyBuffer_) copyBuffer_ = std::make_unique_for_overwrite<unsigned char[]>(qv::kCopyBufferSize);
+    if (!copyBuffer_) copyBuffer_.reset(new unsigned char[qv::kCopyBufferSize]);
     return copyBuffer_.get();
 }
