@@ -14,9 +14,8 @@
 struct QVDeflateImpl::Workspace {
     std::array<std::uint8_t, qv::kChunkSize> chunk;
     std::size_t chunkSize;
-    std::array<std::uint16_t, qv::kChunkSize> tokens;
-    std::size_t tokenValues;
     qv::SlidingWindow window;
+    qv::TokenList tokens;
     qv::BlockEncoder blocks;
 };
 
@@ -49,11 +48,11 @@ int QVDeflateImpl::ReadChunk(Workspace& work, void* source) {
 }
 
 void QVDeflateImpl::EncodeWithLZSS(Workspace& work) noexcept {
-    work.tokenValues = qv::Tokenize(work.window, work.chunk.data(), work.chunkSize, work.tokens.data());
+    qv::Tokenize(work.window, work.chunk.data(), work.chunkSize, work.tokens);
 }
 
 int QVDeflateImpl::EncodeWithHuffman(void* destination, Workspace& work) noexcept {
-    const qv::BlockEncoder::Block block = work.blocks.Encode(work.tokens.data(), work.tokenValues);
+    const qv::BlockEncoder::Block block = work.blocks.Encode(work.tokens);
     const int code = QVStreamPutUInt16(destination, block.tokenCount);
     if (code != QVNoErr) return code;
     return QVStreamPutBytes(destination, block.body, static_cast<unsigned long>(block.bodySize), nullptr, 1);

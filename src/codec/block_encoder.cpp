@@ -2,8 +2,6 @@
 
 #include <bit>
 
-#include "codec/tokenizer.h"
-
 namespace qv {
 namespace {
 
@@ -15,9 +13,22 @@ enum LengthSymbol : std::uint32_t {
     kLengthSymbolBase = 2  // a length L, at least 1, is L + 2
 };
 
+// All buckets but that of literals.
+constexpr std::size_t kMatchBuckets = kOffsetBuckets - 1;
+
+// The class of the offsets in a bucket: how many significant bits they have.
+unsigned ClassOfBucket(std::size_t bucket) noexcept {
+    return static_cast<unsigned>(bucket < 128 ? std::bit_width(bucket) : std::bit_width(bucket - 128) + 7);
+}
+
 // A distance class c of 2 or more is followed by the offset's low c - 1 bits; its top bit is implied.
 unsigned ExtraBits(unsigned distanceClass) noexcept {
     return distanceClass >= 2 ? distanceClass - 1 : 0;
+}
+
+bool AreFourLiterals(const Token* tokens) noexcept {
+    return (tokens[0].offset & tokens[1].offset & tokens[2].offset & tokens[3].offset & Token::kNoOffset) !=
+           0;
 }
 
 std::size_t UsedSymbols(const std::vector<std::uint32_t>& lengths) noexcept {
@@ -51,64 +62,27 @@ void ForEachLengthSymbol(const std::vector<std::uint32_t>& lengths, std::size_t 
 }  // namespace
 
 BlockEncoder::BlockEncoder() : body_(kMostBodyBytes + BitWriter::kSlack) {
-    literals_.Reserve(kLiteralSymbols);
+    literals_.Reserve(kTokenSymbols);
     distances_.Reserve(kDistanceSymbols);
     lengthCodes_.Reserve(kLengthSymbols);
 }
 
-BlockEncoder::Block BlockEncoder::Encode(const std::uint16_t* tokens, std::size_t valueCount) noexcept {
-    TakeTokens(tokens, valueCount);
-    CountDistances();
-    literals_.Build(literalCounts_.data(), literalCounts_.size());
-    distances_.Build(distanceCounts_.data(), distanceCounts_.size());
+BlockEncoder::Block BlockEncoder::Encode(const TokenList& tokens) noexcept {
+    literals_.Build(tokens.SymbolCounts().data(), tokens.SymbolCounts().size());
+    BuildDistances(tokens);
 
     BitWriter bits(body_.data());
     EncodeLiteralBitLengthTable(bits, literals_.Lengths());
     EncodeDistanceBitLengthTable(bits, distances_.Lengths());
-    EncodeTokens(bits);
-    return {static_cast<std::uint16_t>(tokenCount_), body_.data(), bits.Size()};
+    EncodeTokens(bits, tokens);
+    return {static_cast<std::uint16_t>(tokens.Size()), body_.data(), bits.Size()};
 }
 
-// Unfolds the token list and counts what is in it.
-void BlockEncoder::TakeTokens(const std::uint16_t* values, std::size_t count) noexcept {
-    literalCounts_.fill(0);
-    bucketCounts_.fill(0);
-    const std::uint16_t* const end = values + count;
-    Token* out = tokens_.data();
-    const auto take = [&](unsigned symbol, unsigned offset) {
-        *out++ = {static_cast<std::uint16_t>(symbol), static_cast<std::uint16_t>(offset)};
-        ++literalCounts_[symbol];
-        ++bucketCounts_[BucketOf(offset)];
-    };
-    while (end - values >= static_cast<std::ptrdiff_t>(kRun)) {
-        if ((values[0] | values[1] | values[2] | values[3]) <= kLastLiteral) {
-            for (std::size_t i = 0; i < kRun; ++i) {
-                *out++ = {values[i], kNoOffset};
-                ++literalCounts_[values[i]];
-            }
-            values += kRun;
-            continue;
-        }
-        const unsigned symbol = values[0];
-        const unsigned isMatch = symbol / (kLastLiteral + 1);  // 0 or 1
-        take(symbol, (values[1] & (0 - isMatch)) | (kNoOffset & (isMatch - 1)));
-        values = values + 1 + isMatch;
-    }
-    while (values < end) {
-        const unsigned symbol = *values++;
-        take(symbol, symbol > kLastLiteral ? *values++ : kNoOffset);
-    }
-    tokenCount_ = static_cast<std::size_t>(out - tokens_.data());
-}
-
-unsigned BlockEncoder::ClassOf(std::size_t bucket) noexcept {
-    return static_cast<unsigned>(bucket < 128 ? std::bit_width(bucket) : std::bit_width(bucket - 128) + 7);
-}
-
-void BlockEncoder::CountDistances() noexcept {
-    distanceCounts_.fill(0);
-    for (std::size_t bucket = 0; bucket < BucketOf(kNoOffset); ++bucket)
-        distanceCounts_[ClassOf(bucket)] += bucketCounts_[bucket];
+void BlockEncoder::BuildDistances(const TokenList& tokens) noexcept {
+    std::array<std::uint32_t, kDistanceSymbols> counts{};
+    for (std::size_t bucket = 0; bucket < kMatchBuckets; ++bucket)
+        counts[ClassOfBucket(bucket)] += tokens.OffsetCounts()[bucket];
+    distances_.Build(counts.data(), counts.size());
 }
 
 // The lengths go through a third code whose own lengths, and the number of entries, are not written. This is
@@ -149,20 +123,20 @@ void BlockEncoder::EncodeDistanceBitLengthTable(BitWriter& bits,
 
 BlockEncoder::Codes BlockEncoder::MakeCodes() const noexcept {
     Codes codes;
-    for (std::size_t i = 0; i < kLiteralSymbols; ++i)
+    for (std::size_t i = 0; i < kTokenSymbols; ++i)
         codes.literals[i] = {literals_.Patterns()[i], literals_.Lengths()[i]};
-    for (std::size_t bucket = 0; bucket < BucketOf(kNoOffset); ++bucket) {
-        const unsigned distanceClass = ClassOf(bucket);
+    for (std::size_t bucket = 0; bucket < kMatchBuckets; ++bucket) {
+        const unsigned distanceClass = ClassOfBucket(bucket);
         const unsigned extraBits = ExtraBits(distanceClass);
         codes.offsets[bucket] = {distances_.Patterns()[distanceClass] << extraBits,
                                  static_cast<std::uint16_t>(distances_.Lengths()[distanceClass] + extraBits),
                                  static_cast<std::uint16_t>((1u << extraBits) - 1)};
     }
-    codes.offsets[BucketOf(kNoOffset)] = {0, 0, 0};
+    codes.offsets[kMatchBuckets] = {0, 0, 0};
     return codes;
 }
 
-void BlockEncoder::EncodeTokens(BitWriter& bits) const noexcept {
+void BlockEncoder::EncodeTokens(BitWriter& bits, const TokenList& tokens) const noexcept {
     const Codes codes = MakeCodes();
     BitWriter writer = bits;  // a local copy lives in registers
     struct Bits {
@@ -172,7 +146,7 @@ void BlockEncoder::EncodeTokens(BitWriter& bits) const noexcept {
     // At most 16 + 16 + 12.
     const auto bitsOf = [&](Token token) -> Bits {
         const LiteralCode literal = codes.literals[token.symbol];
-        const OffsetCode offset = codes.offsets[BucketOf(token.offset)];
+        const OffsetCode offset = codes.offsets[OffsetBucket(token.offset)];
         return {std::uint64_t{literal.pattern} << offset.length | offset.pattern |
                     (token.offset & offset.offsetMask),
                 literal.length + offset.length};
@@ -186,16 +160,16 @@ void BlockEncoder::EncodeTokens(BitWriter& bits) const noexcept {
             writer.Put(b.value, b.count);
         }
     };
-    const auto putTwoLiterals = [&](const Token* tokens) {
-        const LiteralCode a = codes.literals[tokens[0].symbol];
-        const LiteralCode b = codes.literals[tokens[1].symbol];
+    const auto putTwoLiterals = [&](const Token* two) {
+        const LiteralCode a = codes.literals[two[0].symbol];
+        const LiteralCode b = codes.literals[two[1].symbol];
         writer.Put(a.pattern << b.length | b.pattern, a.length + b.length);
     };
 
-    const Token* token = tokens_.data();
-    const Token* const end = token + tokenCount_;
-    for (; end - token >= static_cast<std::ptrdiff_t>(kRun); token += kRun) {
-        if (AreLiterals(token)) {
+    const Token* token = tokens.begin();
+    const Token* const end = tokens.end();
+    for (; end - token >= 4; token += 4) {
+        if (AreFourLiterals(token)) {
             putTwoLiterals(token);
             putTwoLiterals(token + 2);
         } else {

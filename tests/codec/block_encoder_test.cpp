@@ -1,11 +1,13 @@
 #include "codec/block_encoder.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <gtest/gtest.h>
 #include <random>
 
 #include "codec/coder_inputs.h"
-#include "codec/tokenizer.h"
+#include "codec/token_values.h"
 #include "models/plain_block_encoder.h"
 
 namespace {
@@ -14,10 +16,12 @@ using qv::BlockEncoder;
 using qvtest::Bytes;
 using qvtest::Shape;
 using qvtest::ShapedInput;
-using Tokens = std::vector<std::uint16_t>;
+using Tokens = qvtest::TokenValues;
 
 Bytes Encode(BlockEncoder& encoder, const Tokens& tokens) {
-    const BlockEncoder::Block block = encoder.Encode(tokens.data(), tokens.size());
+    qv::TokenList list;
+    qvtest::Fill(list, tokens);
+    const BlockEncoder::Block block = encoder.Encode(list);
     Bytes bytes{static_cast<std::uint8_t>(block.tokenCount & 0xFF),
                 static_cast<std::uint8_t>(block.tokenCount >> 8)};
     bytes.insert(bytes.end(), block.body, block.body + block.bodySize);
@@ -48,6 +52,39 @@ TEST(BitWriter, PutsBitsFromTheTopOfEachByte) {
     EXPECT_EQ(Bytes(buffer, buffer + 9), expected);
 }
 
+TEST(TokenList, CountsSymbolsAndTheBucketsOfOffsets) {
+    qv::TokenList tokens;
+    tokens.AddLiteral('a');
+    tokens.AddMatch(3, 0);
+    tokens.AddMatch(3, 127);
+    tokens.AddMatch(255, 8191);
+    tokens.AddLiteral('a');
+    EXPECT_EQ(tokens.Size(), 5u);
+    EXPECT_EQ(tokens.SymbolCounts()['a'], 2u);
+    EXPECT_EQ(tokens.SymbolCounts()[256], 2u);
+    EXPECT_EQ(tokens.SymbolCounts()[508], 1u);
+    EXPECT_EQ(tokens.OffsetCounts()[0], 1u);
+    EXPECT_EQ(tokens.OffsetCounts()[127], 1u);
+    EXPECT_EQ(tokens.OffsetCounts()[qv::OffsetBucket(8191)], 1u);
+    EXPECT_EQ(tokens.OffsetCounts()[qv::OffsetBucket(qv::Token::kNoOffset)], 0u) << "literals";
+    tokens.Clear();
+    EXPECT_EQ(tokens.Size(), 0u);
+    EXPECT_EQ(tokens.SymbolCounts()['a'], 0u);
+    EXPECT_EQ(tokens.OffsetCounts()[127], 0u);
+}
+
+TEST(TokenList, OffsetsOfOneBucketAreOfOneClass) {
+    std::array<int, qv::kOffsetBuckets> classes{};
+    for (unsigned offset = 0; offset < 8192; ++offset) {
+        const std::size_t bucket = qv::OffsetBucket(offset);
+        ASSERT_LT(bucket, qv::OffsetBucket(qv::Token::kNoOffset));
+        const int offsetClass = std::bit_width(offset);
+        if (classes[bucket] == 0) classes[bucket] = offsetClass;
+        ASSERT_EQ(classes[bucket], offsetClass) << offset;
+    }
+    EXPECT_EQ(qv::OffsetBucket(qv::Token::kNoOffset), qv::kOffsetBuckets - 1);
+}
+
 TEST(BlockEncoder, OneRepeatedByteTakesNoBits) {
     // Three literals and no matches: one length symbol, the empty code, and no distances.
     BlockEncoder encoder;
@@ -73,8 +110,7 @@ TEST(BlockEncoder, EqualsThePlainModelForSmallChunks) {
         SCOPED_TRACE(testing::Message() << "seed " << kSeed << " round " << round);
         const Shape shape = qvtest::kAllShapes[input.Below(std::size(qvtest::kAllShapes))];
         const Bytes bytes = input.Make(shape, 1 + input.Below(200));
-        Tokens tokens(bytes.size());
-        tokens.resize(qv::Tokenize(window, bytes.data(), bytes.size(), tokens.data()));
+        const Tokens tokens = qvtest::TokenValuesOf(window, bytes);
         ASSERT_EQ(Encode(encoder, tokens), model::EncodeBlock(tokens));
     }
 }
@@ -87,8 +123,7 @@ TEST(BlockEncoder, EqualsThePlainModelForWholeChunks) {
     for (const Shape shape : qvtest::kAllShapes) {
         SCOPED_TRACE(testing::Message() << "seed " << kSeed << " shape " << static_cast<int>(shape));
         const Bytes bytes = input.Make(shape, qv::kChunkSize);
-        Tokens tokens(bytes.size());
-        tokens.resize(qv::Tokenize(window, bytes.data(), bytes.size(), tokens.data()));
+        const Tokens tokens = qvtest::TokenValuesOf(window, bytes);
         ASSERT_EQ(Encode(encoder, tokens), model::EncodeBlock(tokens));
     }
 }

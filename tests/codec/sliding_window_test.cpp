@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "codec/coder_inputs.h"
-#include "codec/tokenizer.h"
+#include "codec/token_values.h"
 #include "models/plain_sliding_dictionary.h"
 
 namespace {
@@ -46,9 +46,7 @@ private:
 };
 
 void ExpectSameTokens(SlidingWindow& window, const Bytes& bytes) {
-    std::vector<std::uint16_t> tokens(bytes.size());
-    tokens.resize(qv::Tokenize(window, bytes.data(), bytes.size(), tokens.data()));
-    ASSERT_EQ(tokens, model::Tokenize(bytes.data(), bytes.size()));
+    ASSERT_EQ(qvtest::TokenValuesOf(window, bytes), model::Tokenize(bytes.data(), bytes.size()));
 }
 
 TEST(SlidingWindow, AnswersAsThePlainDictionaryWhateverIsAppendedAndSought) {
@@ -180,22 +178,16 @@ TEST(Tokenizer, RandomBytesAndLettersReachTheRebases) {
     for (const Shape shape : {Shape::kRandom, Shape::kLetters, Shape::kBase64}) {
         const Bytes bytes = input.Make(shape, 32768);
         SlidingWindow window;
-        std::vector<std::uint16_t> values(bytes.size());
-        values.resize(qv::Tokenize(window, bytes.data(), bytes.size(), values.data()));
-        std::size_t tokens = 0;
-        for (std::size_t i = 0; i < values.size(); ++i, ++tokens) {
-            if (values[i] > qv::kLastLiteral) ++i;
-        }
-        EXPECT_GT(tokens, 16384u) << "shape " << static_cast<int>(shape);
+        qv::TokenList tokens;
+        qv::Tokenize(window, bytes.data(), bytes.size(), tokens);
+        EXPECT_GT(tokens.Size(), 16384u) << "shape " << static_cast<int>(shape);
     }
 }
 
 TEST(Tokenizer, RepeatsGrowWithTheDictionary) {
     // One byte a match enters the dictionary, and no match is longer than what it holds.
     const Bytes bytes(100, 'x');
-    std::vector<std::uint16_t> tokens(bytes.size());
     SlidingWindow window;
-    tokens.resize(qv::Tokenize(window, bytes.data(), bytes.size(), tokens.data()));
     std::vector<std::uint16_t> expected{'x', 'x', 'x'};
     int left = 97;
     for (int length = 3; left > 0; ++length) {
@@ -203,7 +195,7 @@ TEST(Tokenizer, RepeatsGrowWithTheDictionary) {
         expected.push_back(0);
         left -= length;
     }
-    EXPECT_EQ(tokens, expected);
+    EXPECT_EQ(qvtest::TokenValuesOf(window, bytes), expected);
 }
 
 }  // namespace
