@@ -31,7 +31,8 @@ double TimeOf(const Work& work, std::size_t times) {
 }
 
 // How many times the work fits into a sample. Warms caches and predictors up on the way. The first time does
-// not count: it takes fresh pages from the system and binds functions, and may last as long as a sample alone.
+// not count: it takes fresh pages from the system and binds functions, and may last as long as a sample
+// alone.
 std::size_t Calibrate(const Work& work) {
     work(1);
     std::size_t times = 1;
