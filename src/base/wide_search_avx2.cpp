@@ -54,11 +54,6 @@ public:
         return nullptr;
     }
 
-    // The first of the blocks from `block` on that has a candidate; where less than a block is left before
-    // `places` if none has.
-    QV_AVX2 const wchar_t* SkipBlocks(const wchar_t* block, const wchar_t* places) const noexcept;
-
-private:
     // Eight masks: where the first character stands.
     QV_AVX2 __m256i FirstAt(const wchar_t* place) const noexcept {
         return _mm256_cmpeq_epi32(Load(place), first_);
@@ -71,25 +66,28 @@ private:
         return _mm256_and_si256(firsts, _mm256_and_si256(lasts, middles));
     }
 
+private:
     std::wstring_view searched_;
     __m256i first_;
     __m256i middle_;
     __m256i last_;
 };
 
-// A function of its own, and the block without the first character its shortest way: so the compiler keeps
-// the vectors in registers and that loop in one piece, which makes a fifth of its speed.
-[[gnu::noinline]] QV_AVX2 const wchar_t* Probe::SkipBlocks(const wchar_t* block,
-                                                           const wchar_t* places) const noexcept {
+// The first of the blocks from `block` on that has a candidate; where less than a block is left before
+// `places` if none has. A function of its own, and the block without the first character its shortest way: so
+// the compiler keeps the vectors in registers and that loop in one piece, which makes a fifth of its speed.
+[[gnu::noinline]] QV_AVX2 const wchar_t* SkipBlocks(const wchar_t* block, const wchar_t* places,
+                                                    std::wstring_view searched) noexcept {
+    const Probe probe(searched);
     for (; places - block >= kBlock; block += kBlock) {
-        const __m256i a = FirstAt(block);
-        const __m256i b = FirstAt(block + kLane);
-        const __m256i c = FirstAt(block + 2 * kLane);
-        const __m256i d = FirstAt(block + 3 * kLane);
+        const __m256i a = probe.FirstAt(block);
+        const __m256i b = probe.FirstAt(block + kLane);
+        const __m256i c = probe.FirstAt(block + 2 * kLane);
+        const __m256i d = probe.FirstAt(block + 3 * kLane);
         if (!AnyOf(a, b, c, d)) [[likely]]
             continue;
-        if (AnyOf(RestAt(block, a), RestAt(block + kLane, b), RestAt(block + 2 * kLane, c),
-                  RestAt(block + 3 * kLane, d)))
+        if (AnyOf(probe.RestAt(block, a), probe.RestAt(block + kLane, b), probe.RestAt(block + 2 * kLane, c),
+                  probe.RestAt(block + 3 * kLane, d)))
             break;
     }
     return block;
@@ -97,8 +95,8 @@ private:
 
 }  // namespace
 
-// The first eight places wherever they lie, then whole blocks from an aligned place on; only blocks with a
-// candidate are looked at place by place.
+// In a long text the first eight places wherever they lie, then whole blocks from an aligned place on; only
+// blocks with a candidate are looked at place by place.
 QV_AVX2 const wchar_t* FindText(const wchar_t* text, const wchar_t* end,
                                 std::wstring_view searched) noexcept {
     if (static_cast<size_t>(end - text) < searched.size() + kLane - 1)
@@ -106,11 +104,13 @@ QV_AVX2 const wchar_t* FindText(const wchar_t* text, const wchar_t* end,
     const Probe probe(searched);
     const wchar_t* const places = end - (searched.size() - 1);  // the end of the places where it could begin
 
-    if (const wchar_t* found = probe.AmongEight(text)) return found;
-    for (text = probe.SkipBlocks(NextAligned(text), places); places - text >= kBlock;
-         text = probe.SkipBlocks(text, places)) {
-        for (const wchar_t* const blockEnd = text + kBlock; text != blockEnd; text += kLane) {
-            if (const wchar_t* found = probe.AmongEight(text)) return found;
+    if (places - text >= kLane + kBlock) {
+        if (const wchar_t* found = probe.AmongEight(text)) return found;
+        for (text = SkipBlocks(NextAligned(text), places, searched); places - text >= kBlock;
+             text = SkipBlocks(text, places, searched)) {
+            for (const wchar_t* const blockEnd = text + kBlock; text != blockEnd; text += kLane) {
+                if (const wchar_t* found = probe.AmongEight(text)) return found;
+            }
         }
     }
     for (; places - text >= kLane; text += kLane) {
