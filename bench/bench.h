@@ -15,13 +15,19 @@ namespace bench {
 // Does a piece of work as many times as it is told.
 using Work = std::function<void(std::size_t times)>;
 
+// The least that the same work can cost, where it is known.
+struct Floor {
+    std::string name;
+    Work work;
+};
+
 struct Comparison {
     Work ours;
     Work reference;
     std::string referenceName;
     double unit = 1;       // the operations that one piece of work consists of: figures are for one of them
     bool standIn = false;  // the goal names another reference, which is not packaged
-    Work floor = nullptr;  // the least that the same calls can cost, where it is known
+    Floor floor = {};
 };
 
 // Each room adds its comparisons: `make` prepares the input, checks that both sides give the same result and
@@ -72,7 +78,7 @@ Work Times(Once once) {
 Work DrainPool(std::function<void(std::size_t)> work, std::size_t drainEach);
 
 // The least that `count` calls of the library can cost: calls of a function that does nothing.
-Work EmptyCalls(std::size_t count);
+Floor EmptyCalls(std::size_t count);
 
 struct Figures {
     double ours;       // nanoseconds of the thread's processor time for one operation, median

@@ -22,10 +22,10 @@ bool MeasureRow(const bench::Suite::Entry& row, std::FILE* out) {
         const bench::Figures figures = bench::Measure(comparison);
         std::fprintf(out,
                      "{\"work\": \"%s\", \"reference\": \"%s\", \"stand_in\": %s, \"ours_ns\": %.4g, "
-                     "\"reference_ns\": %.4g, \"floor_ns\": %.4g, \"samples\": %d}\n",
+                     "\"reference_ns\": %.4g, \"floor\": \"%s\", \"floor_ns\": %.4g, \"samples\": %d}\n",
                      row.work.c_str(), comparison.referenceName.c_str(),
-                     comparison.standIn ? "true" : "false", figures.ours, figures.reference, figures.floor,
-                     figures.samples);
+                     comparison.standIn ? "true" : "false", figures.ours, figures.reference,
+                     comparison.floor.name.c_str(), figures.floor, figures.samples);
     } catch (const std::exception& failure) {
         std::fprintf(out, "{\"work\": \"%s\", \"error\": \"%s\"}\n", row.work.c_str(), failure.what());
         return false;

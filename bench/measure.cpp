@@ -64,16 +64,17 @@ Work DrainPool(std::function<void(std::size_t)> work, std::size_t drainEach) {
     };
 }
 
-Work EmptyCalls(std::size_t count) {
-    return Times([count] {
-        for (std::size_t i = 0; i < count; ++i)
-            Keep(QVCreateData(nullptr));
-    });
+Floor EmptyCalls(std::size_t count) {
+    return {"the calls alone", Times([count] {
+                for (std::size_t i = 0; i < count; ++i)
+                    Keep(QVCreateData(nullptr));
+            })};
 }
 
 Figures Measure(const Comparison& comparison) {
-    const std::array<const Work*, 3> sides = {&comparison.ours, &comparison.reference, &comparison.floor};
-    const std::size_t sideCount = comparison.floor ? 3 : 2;
+    const std::array<const Work*, 3> sides = {&comparison.ours, &comparison.reference,
+                                              &comparison.floor.work};
+    const std::size_t sideCount = comparison.floor.work ? 3 : 2;
     std::array<std::size_t, 3> times{};
     std::array<std::vector<double>, 3> samples;
     double round = 0;
@@ -88,7 +89,7 @@ Figures Measure(const Comparison& comparison) {
             samples[side].push_back(taken / static_cast<double>(times[side]) / comparison.unit);
         }
     }
-    return {Median(samples[0]), Median(samples[1]), comparison.floor ? Median(samples[2]) : 0, count};
+    return {Median(samples[0]), Median(samples[1]), comparison.floor.work ? Median(samples[2]) : 0, count};
 }
 
 }  // namespace bench
