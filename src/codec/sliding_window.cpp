@@ -4,33 +4,24 @@ namespace qv {
 
 SlidingWindow::SlidingWindow()
     : window_(new std::uint8_t[kSize + PrefixIndex::kPadding]),
-      chain_(new std::int32_t[kSize]),
-      heads_(new std::int32_t[kPairCount]),
-      later_(new std::int16_t[kSize]) {
+      chain_(new std::uint16_t[kSize]),
+      heads_(new std::uint16_t[kPairCount]),
+      later_(new std::uint16_t[kSize]) {
     Reset();
 }
 
 void SlidingWindow::Reset() noexcept {
     // What lies behind the live end is compared as it is, so it must be zero at the start.
     std::fill_n(window_.get(), kSize + PrefixIndex::kPadding, std::uint8_t{0});
-    base_ = 0;
-    count_ = 0;
+    end_ = 0;
     rebased_ = false;
     index_.Reset();
 }
 
-SlidingWindow::Match SlidingWindow::SearchIndex(int first, const std::uint8_t* lookahead,
-                                                std::size_t size) noexcept {
-    const int limit = LongestFor(size);
-    // The index reads whole words; near its end the lookahead moves to where that is harmless.
-    std::uint8_t copy[kLongest + PrefixIndex::kPadding];
-    if (size < sizeof copy) {
-        std::memcpy(copy, lookahead, static_cast<std::size_t>(limit));
-        std::memset(copy + limit, 0, PrefixIndex::kPadding);
-        lookahead = copy;
-    }
-    const auto found = index_.Search(window_.get(), base_, base_ + count_, first, lookahead, limit);
-    return MatchAt(found.place, found.length);
+void SlidingWindow::CopyPadded(const std::uint8_t* bytes, std::size_t size, std::uint8_t* copy,
+                               std::size_t copySize) noexcept {
+    std::memcpy(copy, bytes, size);
+    std::memset(copy + size, 0, copySize - size);
 }
 
 inline int SlidingWindow::LengthAt(int place, const std::uint8_t* lookahead, int limit) const noexcept {
@@ -44,7 +35,7 @@ inline int SlidingWindow::LengthAt(int place, const std::uint8_t* lookahead, int
 
 bool SlidingWindow::HasPairBefore(const std::uint8_t* pair, int stop) const noexcept {
     const std::uint8_t* const last = window_.get() + stop;
-    for (const std::uint8_t* at = window_.get() + base_;; ++at) {
+    for (const std::uint8_t* at = window_.get() + Base();; ++at) {
         at = static_cast<const std::uint8_t*>(std::memchr(at, pair[0], static_cast<std::size_t>(last - at)));
         if (at == nullptr) return false;
         if (at[1] == pair[1]) return true;
@@ -55,9 +46,8 @@ bool SlidingWindow::HasPairBefore(const std::uint8_t* pair, int stop) const noex
 // place has the pair, even if nothing else there fits; so they count only as the pair's first occurrence.
 SlidingWindow::Match SlidingWindow::SearchNewestPlaces(const std::uint8_t* lookahead,
                                                        int limit) const noexcept {
-    const int end = base_ + count_;
     const auto hasPair = [&](int place) { return PairKey(&window_[place]) == PairKey(lookahead); };
-    const int place = hasPair(end - 3) ? end - 3 : end - 2;
+    const int place = hasPair(end_ - 3) ? end_ - 3 : end_ - 2;
     if (!hasPair(place) || window_[place + 2] != lookahead[2]) return {0, 0};
     if (HasPairBefore(lookahead, place)) return {0, 0};
     return MatchAt(place, LengthAt(place, lookahead, limit));
@@ -66,17 +56,15 @@ SlidingWindow::Match SlidingWindow::SearchNewestPlaces(const std::uint8_t* looka
 // The walk of the rules. The first two bytes are taken as equal, though after a rebase they need not be.
 SlidingWindow::Match SlidingWindow::SearchLists(const std::uint8_t* lookahead, int limit) const noexcept {
     int place = heads_[PairKey(lookahead)];
-    while (place != kNone && place < base_)
+    while (place < Base())
         place = chain_[place];
     if (place == kNone) return {0, 0};
 
     // Places ascend along a list, so the first one within the best length (plus one) of the end is the last
-    // one to look at. The very first one is looked at wherever it lies.
-    const int end = base_ + count_;
+    // one to look at; so is the list's end. The very first place is looked at wherever it lies.
     int best = LengthAt(place, lookahead, limit);
     int bestPlace = place;
-    for (place = chain_[place]; place != kNone && best + place + 1 < end && best < limit;
-         place = chain_[place]) {
+    for (place = chain_[place]; best + place + 1 < end_ && best < limit; place = chain_[place]) {
         if (place + best >= kSize || window_[place + best] != lookahead[best]) continue;
         const int length = LengthAt(place, lookahead, limit);
         if (length > best) {
@@ -96,29 +84,26 @@ int SlidingWindow::FindEnd(int place) noexcept {
         end = at;
     while (place != end) {
         const int following = next(place);
-        later_[place] = static_cast<std::int16_t>(end);
+        later_[place] = static_cast<std::uint16_t>(end);
         place = following;
     }
     return end;
 }
 
 void SlidingWindow::Link(int start, std::size_t key) noexcept {
-    std::int32_t& head = heads_[key];
-    if (head == kNone) {
-        head = start;
-    } else {
-        chain_[FindEnd(head)] = start;
-    }
+    std::uint16_t& head = heads_[key];
+    std::uint16_t& last = head == kNone ? head : chain_[FindEnd(head)];
+    last = static_cast<std::uint16_t>(start);
 }
 
 // Gives the upper half of the array the links by pairs that the first rebase moves down.
 void SlidingWindow::MakeLists() noexcept {
-    std::fill_n(heads_.get(), kPairCount, kNone);
+    std::fill_n(heads_.get(), kPairCount, std::uint16_t{kNone});
     chain_[kSize - 1] = kNone;
     for (int place = kSize - 2; place >= kLiveSize; --place) {
-        std::int32_t& newer = heads_[PairKey(&window_[place])];
+        std::uint16_t& newer = heads_[PairKey(&window_[place])];
         chain_[place] = newer;
-        newer = place;
+        newer = static_cast<std::uint16_t>(place);
     }
 }
 
@@ -126,20 +111,20 @@ void SlidingWindow::MakeLists() noexcept {
 // the bytes in the lower half (which stay the chunk's first ones for good), links are those of the upper
 // half.
 void SlidingWindow::Rebase() noexcept {
-    base_ = 0;
+    end_ = kLiveSize;
     if (!rebased_) MakeLists();
     rebased_ = true;
 
     for (int place = kLiveSize - 1; place < kSize - 1; ++place)
         heads_[PairKey(&window_[place])] = kNone;
     for (int place = kLiveSize - 2; place >= 0; --place)
-        heads_[PairKey(&window_[place])] = place;
+        heads_[PairKey(&window_[place])] = static_cast<std::uint16_t>(place);
     for (int place = 0; place < kLiveSize; ++place) {
-        const std::int32_t next = chain_[place + kLiveSize];
-        chain_[place] = next == kNone ? kNone : next - kLiveSize;
+        const int next = chain_[place + kLiveSize];
+        chain_[place] = static_cast<std::uint16_t>(next == kNone ? kNone : next - kLiveSize);
         chain_[place + kLiveSize] = kNone;
-        later_[place] = static_cast<std::int16_t>(place);
-        later_[place + kLiveSize] = static_cast<std::int16_t>(place + kLiveSize);
+        later_[place] = static_cast<std::uint16_t>(place);
+        later_[place + kLiveSize] = static_cast<std::uint16_t>(place + kLiveSize);
     }
 }
 
