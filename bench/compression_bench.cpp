@@ -1,7 +1,6 @@
 // Bit streams, the sliding dictionary, Huffman tables and the block compressor.
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cstring>
 #include <memory>
@@ -21,6 +20,7 @@
 #include "codec/tokenizer.h"
 #include "inputs.h"
 #include "models/plain_block_encoder.h"
+#include "plain_tokens.h"
 
 namespace bench {
 
@@ -235,146 +235,39 @@ std::size_t TokenizeByCalls(void* dictionary, const std::uint8_t* bytes, std::si
     return static_cast<std::size_t>(out - tokens);
 }
 
-// The dictionary's rules by the plain means: lists by byte pairs, with their ends remembered until a rebase.
-class PairLists {
-public:
-    void Reset() {
-        end_ = 0;
-        window_.fill(0);
-        chain_.fill(kNone);
-        heads_.fill(kNone);
-        ends_.fill(kNone);
-    }
-
-    void Append(std::uint8_t value) {
-        window_[end_] = value;
-        if (end_ > 0) Link(end_ - 1);
-        if (++end_ == kSize) Rebase();
-    }
-
-    qv::SlidingWindow::Match Search(const std::uint8_t* lookahead, std::size_t size) const {
-        if (size < 3 || end_ < 3) return {0, 0};
-        const int base = std::max(0, end_ - kLive);
-        const int limit =
-            static_cast<int>(std::min<std::size_t>({255, size, static_cast<std::size_t>(end_)}));
-        int best = 0;
-        int bestPlace = 0;
-        for (int place = heads_[KeyOf(lookahead)]; place != kNone && best < limit; place = chain_[place]) {
-            if (place < base) continue;
-            if (best + place + 1 >= end_) break;
-            const int most = std::min(limit, kSize - place);
-            int length = 2;
-            while (length < most && window_[place + length] == lookahead[length])
-                ++length;
-            if (length > best) {
-                best = length;
-                bestPlace = place;
-            }
-        }
-        if (best < 3) return {0, 0};
-        return {static_cast<std::uint16_t>(bestPlace - base), static_cast<std::uint8_t>(best)};
-    }
-
-private:
-    static constexpr int kSize = 16384;
-    static constexpr int kLive = 8192;
-    static constexpr int kNone = -1;
-
-    static std::size_t KeyOf(const std::uint8_t* pair) { return std::size_t{pair[0]} << 8 | pair[1]; }
-
-    void Link(int place) {
-        const std::size_t key = KeyOf(&window_[place]);
-        if (heads_[key] == kNone) {
-            heads_[key] = place;
-        } else {
-            int last = ends_[key] == kNone ? heads_[key] : ends_[key];
-            while (chain_[last] != kNone)
-                last = chain_[last];
-            chain_[last] = place;
-        }
-        ends_[key] = place;
-    }
-
-    // Moves the links of the upper half down, but not the bytes, as the rules want it.
-    void Rebase() {
-        end_ = kLive;
-        heads_.fill(kNone);
-        ends_.fill(kNone);
-        for (int place = 0; place < kLive - 1; ++place) {
-            int& head = heads_[KeyOf(&window_[place])];
-            if (head == kNone) head = place;
-        }
-        for (int place = 0; place < kLive; ++place) {
-            chain_[place] = chain_[place + kLive] == kNone ? kNone : chain_[place + kLive] - kLive;
-            chain_[place + kLive] = kNone;
-        }
-    }
-
-    std::array<std::uint8_t, kSize> window_;
-    int end_ = 0;
-    std::array<int, kSize> chain_;
-    std::array<int, 65536> heads_;
-    std::array<int, 65536> ends_;
-};
-
-std::size_t TokenizeByPairLists(PairLists& lists, const std::uint8_t* bytes, std::size_t size,
-                                std::uint16_t* tokens) {
-    lists.Reset();
-    std::uint16_t* out = tokens;
-    for (std::size_t at = 0; at < size;) {
-        const auto match = lists.Search(bytes + at, size - at);
-        lists.Append(bytes[at]);
-        if (match.length != 0) {
-            *out++ = static_cast<std::uint16_t>(match.length + qv::kMatchTokenBase);
-            *out++ = match.offset;
-            at += match.length;
-        } else {
-            *out++ = bytes[at++];
-        }
-    }
-    return static_cast<std::size_t>(out - tokens);
+// Every chunk's tokens must be found; the rest of the work could in theory be next to nothing.
+Floor SearchAlone(const Bytes& in) {
+    const auto window = std::make_shared<qv::SlidingWindow>();
+    const auto tokens = std::make_shared<qv::TokenList>();
+    return {"the token search alone, its memory reused", Times([=] {
+                for (std::size_t at = 0; at < in.size(); at += kChunk) {
+                    qv::Tokenize(*window, in.data() + at, std::min(kChunk, in.size() - at), *tokens);
+                    Keep(tokens->Size());
+                }
+            })};
 }
 
-// Data with hardly any matches: what counts are the appends and the rebases.
-Comparison CompareTokensOfRandomBytes() {
-    const Bytes in = Random(kChunk);
-    const auto lists = std::make_shared<PairLists>();
+// What `Lists` finds by plain loops is the reference.
+template <class Lists>
+Comparison CompareTokens(const Bytes& in, const std::string& name) {
+    Require(in.size() == kChunk, "one chunk");
     std::vector<std::uint16_t> ours(kChunk), plain(kChunk);
+    const auto lists = std::make_shared<Lists>();
     ours.resize(TokenizeByCalls(Adopt(QVLZSSCreate()).get(), in.data(), kChunk, ours.data()));
-    plain.resize(TokenizeByPairLists(*lists, in.data(), kChunk, plain.data()));
+    plain.resize(TokenizePlain(*lists, in.data(), kChunk, plain.data()));
     Require(ours == plain, "other tokens");
     return {Times([in, values = std::vector<std::uint16_t>(kChunk)]() mutable {
                 TokenizeByCalls(Adopt(QVLZSSCreate()).get(), in.data(), kChunk, values.data());
                 Keep(values[0]);
             }),
             Times([in, lists, values = std::vector<std::uint16_t>(kChunk)]() mutable {
-                TokenizeByPairLists(*lists, in.data(), kChunk, values.data());
+                TokenizePlain(*lists, in.data(), kChunk, values.data());
                 Keep(values[0]);
             }),
-            "plain: pair lists with remembered ends"};
-}
-
-Comparison CompareTokens(const Bytes& in) {
-    Require(in.size() == kChunk, "one chunk");
-    std::vector<std::uint16_t> ours(kChunk), expected;
-    const auto window = std::make_shared<qv::SlidingWindow>();
-    const auto tokens = std::make_shared<qv::TokenList>();
-    ours.resize(TokenizeByCalls(Adopt(QVLZSSCreate()).get(), in.data(), kChunk, ours.data()));
-    qv::Tokenize(*window, in.data(), kChunk, *tokens);
-    for (const qv::Token& token : *tokens) {
-        expected.push_back(token.symbol);
-        if (token.symbol > qv::kLastLiteral) expected.push_back(token.offset);
-    }
-    Require(ours == expected, "other tokens");
-    return {Times([in, values = std::vector<std::uint16_t>(kChunk)]() mutable {
-                TokenizeByCalls(Adopt(QVLZSSCreate()).get(), in.data(), kChunk, values.data());
-                Keep(values[0]);
-            }),
-            Times([in, window, tokens] {
-                qv::Tokenize(*window, in.data(), kChunk, *tokens);
-                Keep(tokens->Size());
-            }),
-            "floor: the same search without the calls, and its memory reused", 1, true};
+            name,
+            1,
+            false,
+            SearchAlone(in)};
 }
 
 // ---- the block compressor ----
@@ -406,18 +299,6 @@ std::size_t CompressPeer(const Bytes& in, int level, Bytes& out) {
     }
     deflateEnd(&stream);
     return size;
-}
-
-// Every chunk's tokens must be found; the rest of the work could in theory be next to nothing.
-Floor SearchAlone(const Bytes& in) {
-    const auto window = std::make_shared<qv::SlidingWindow>();
-    const auto tokens = std::make_shared<qv::TokenList>();
-    return {"the token search alone, its memory reused", Times([=] {
-                for (std::size_t at = 0; at < in.size(); at += kChunk) {
-                    qv::Tokenize(*window, in.data() + at, std::min(kChunk, in.size() - at), *tokens);
-                    Keep(tokens->Size());
-                }
-            })};
 }
 
 Comparison CompareCompression(const Bytes& in, int peerLevel, const std::string& peerName) {
@@ -524,10 +405,13 @@ void AddCompressionComparisons(Suite& suite) {
         });
     }
     for (const Input& input : kInputs) {
-        if (input.make == Random) continue;
-        suite.Add(std::string("tokens.") + input.name, [=] { return CompareTokens(input.make(kChunk)); });
+        suite.Add(std::string("tokens.") + input.name, [=] {
+            const Bytes in = input.make(kChunk);
+            if (input.make == Random)
+                return CompareTokens<PairLists>(in, "plain: pair lists with remembered ends");
+            return CompareTokens<TripleLists>(in, "floor: triple lists until the first rebase");
+        });
     }
-    suite.Add("tokens.random", CompareTokensOfRandomBytes);
     suite.Add("huffman.tables_512", CompareHuffmanTables);
 }
 
