@@ -23,54 +23,48 @@ constexpr std::size_t kGranule = 16;
 // Every object of the library but the largest coders fits 192 bytes, a dictionary's table of twelve keys 352.
 constexpr std::size_t kClasses = 24;
 constexpr std::size_t kLargest = kGranule * kClasses;
-// At most this much of a class is kept, 12 MiB for a thread in the worst case: enough to take a tree of
-// several thousand objects apart and to build the next one from its blocks.
-constexpr std::size_t kMostBytesKept = 512 * 1024;
-
-constexpr std::uint16_t MostKept(std::size_t index) {
-    return static_cast<std::uint16_t>(kMostBytesKept / ((index + 1) * kGranule));
-}
-static_assert(kMostBytesKept / kGranule <= 0xFFFF);
+// At most this much is kept for a thread, of whatever sizes: enough to take a structure of tens of thousands
+// of objects apart and to build the next one from its blocks.
+constexpr std::uint32_t kMostBytesKept = 4 * 1024 * 1024;
 
 struct KeptBlock {
     KeptBlock* next;
 };
 
-struct FreeList {
-    KeptBlock* first;
-    std::uint16_t
-        room;  // how many more blocks may be kept; 0 until the thread has a janitor, and after it has gone
+struct KeptBlocks {
+    KeptBlock* first[kClasses];
+    // How many more bytes may be kept; 0 until the thread has a janitor, and after it has gone.
+    std::uint32_t room;
 };
 
 // Initial-exec storage costs one instruction to reach and is trivially destroyed, so that objects may still
 // be released by other thread-local destructors at the thread's end.
-[[gnu::tls_model("initial-exec")]] constinit thread_local FreeList freeLists[kClasses] = {};
+[[gnu::tls_model("initial-exec")]] constinit thread_local KeptBlocks kept = {};
 
 enum class Janitor : std::uint8_t { kNone, kWatching, kGone };
 [[gnu::tls_model("initial-exec")]] constinit thread_local Janitor janitorState = Janitor::kNone;
 
-void EmptyFreeLists(bool keepsMore) noexcept {
-    for (std::size_t index = 0; index < kClasses; ++index) {
-        FreeList& list = freeLists[index];
-        while (list.first != nullptr) {
-            KeptBlock* block = list.first;
-            list.first = block->next;
+void GiveBack(std::uint32_t roomLeft) noexcept {
+    for (KeptBlock*& first : kept.first) {
+        while (first != nullptr) {
+            KeptBlock* block = first;
+            first = block->next;
             ::operator delete(block);
         }
-        list.room = keepsMore ? MostKept(index) : 0;
     }
+    kept.room = roomLeft;
 }
 
 struct ThreadEnd {
     ThreadEnd() noexcept {
         janitorState = Janitor::kWatching;
-        EmptyFreeLists(true);
+        GiveBack(kMostBytesKept);
     }
     ThreadEnd(const ThreadEnd&) = delete;
     ThreadEnd& operator=(const ThreadEnd&) = delete;
     ~ThreadEnd() {
         janitorState = Janitor::kGone;
-        EmptyFreeLists(false);
+        GiveBack(0);
     }
 };
 
@@ -85,30 +79,32 @@ struct ThreadEnd {
 constexpr std::size_t ClassOf(std::size_t size) {
     return (size - 1) / kGranule;
 }
+constexpr std::uint32_t SizeOfClass(std::size_t index) {
+    return static_cast<std::uint32_t>((index + 1) * kGranule);
+}
 
 }  // namespace
 
 void* AllocateBlock(std::size_t size) {
     if (!kCaching || size == 0 || size > kLargest) return ::operator new(size);
     const std::size_t index = ClassOf(size);
-    FreeList& list = freeLists[index];
-    KeptBlock* block = list.first;
-    if (block == nullptr) return ::operator new((index + 1) * kGranule);
-    list.first = block->next;
-    ++list.room;
+    KeptBlock* block = kept.first[index];
+    if (block == nullptr) return ::operator new(SizeOfClass(index));
+    kept.first[index] = block->next;
+    kept.room += SizeOfClass(index);
     return block;
 }
 
 void FreeBlock(void* block, std::size_t size) noexcept {
     if (!kCaching || size == 0 || size > kLargest) return ::operator delete(block);
-    FreeList& list = freeLists[ClassOf(size)];
-    if (list.room == 0 && !StartKeeping()) return ::operator delete(block);
-    list.first = new (block) KeptBlock{list.first};
-    --list.room;
+    const std::size_t index = ClassOf(size);
+    if (kept.room < SizeOfClass(index) && !StartKeeping()) return ::operator delete(block);
+    kept.first[index] = new (block) KeptBlock{kept.first[index]};
+    kept.room -= SizeOfClass(index);
 }
 
 void ReleaseKeptBlocks() noexcept {
-    if (janitorState == Janitor::kWatching) EmptyFreeLists(true);
+    if (janitorState == Janitor::kWatching) GiveBack(kMostBytesKept);
 }
 
 }  // namespace qv

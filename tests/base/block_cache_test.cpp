@@ -52,6 +52,24 @@ TEST(BlockCache, NothingIsLeftAfterAThreadThatKeptBlocks) {
     EXPECT_EQ(qvtest::LiveAllocations(), before);
 }
 
+TEST(BlockCache, WhatAThreadKeepsIsLimitedAndGoesBackOnRequest) {
+    constexpr std::size_t kMostBytesKept = 4 * 1024 * 1024;
+    constexpr std::size_t kSizes[] = {32, 80, 384};
+    std::thread([&] {
+        const std::size_t before = qvtest::LiveAllocations();
+        for (const std::size_t size : kSizes) {
+            std::vector<void*> blocks(2 * kMostBytesKept / size);
+            for (void*& block : blocks)
+                block = qv::AllocateBlock(size);
+            for (void* block : blocks)
+                qv::FreeBlock(block, size);
+        }
+        EXPECT_LE(qvtest::LiveAllocations() - before, kMostBytesKept / kSizes[0]);
+        qv::ReleaseKeptBlocks();
+        EXPECT_EQ(qvtest::LiveAllocations(), before);
+    }).join();
+}
+
 TEST(BlockCache, AnotherThreadMayGiveABlockBack) {
     const std::size_t before = qvtest::LiveAllocations();
     void* block = qv::AllocateBlock(64);
