@@ -28,8 +28,7 @@
  *
  *     void* text = QVStringCreateWithCString("hello");   // one reference, ours
  *     QVArrayAddObject(array, text);                     // the array takes its own
- *     QVRelease(text);                                   // ours is given back; the array keeps the string
- * alive
+ *     QVRelease(text);                                   // ours is given back; the array's stays
  */
 #ifndef QVFOUNDATION_QVOBJECT_H
 #define QVFOUNDATION_QVOBJECT_H

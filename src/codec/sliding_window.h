@@ -15,8 +15,7 @@ namespace qv {
 // over (the rebase), and there the rules change what the lists mean, so the dictionary has two lives:
 //
 // - Before the first rebase every list by byte pairs holds exactly the live places of its pair. Any way to
-// the
-//   oldest of the longest matches gives the defined answer; PrefixIndex is a quick one.
+//   the oldest of the longest matches gives the defined answer; PrefixIndex is a quick one.
 // - A rebase moves the window's position and the links of the lists, but not the bytes. This looks like a
 //   mistake and is required: the compressed format's offsets depend on it. From then on a list leads over
 //   places that hold other pairs, lists run into each other, and only walking them as they are gives the

@@ -11,6 +11,7 @@
 #include <QVFoundation/QVString.h>
 
 #include "codec/coder_inputs.h"
+#include "codec/token_list.h"
 #include "golden/golden_blocks.h"
 #include "models/plain_block_encoder.h"
 #include "runtime/Owned.h"
@@ -191,6 +192,15 @@ TEST_F(DeflateFiles, ShortTransfersChangeNothing) {
     files.LimitTransfers(1000);
     EXPECT_EQ(CompressFile(from_, to_), 0);
     EXPECT_EQ(FileContents(to_), model::Compress(bytes_));
+}
+
+TEST_F(DeflateFiles, ACallTakesLessThanAMebibyteBeyondTheTokenList) {
+    constexpr std::size_t kMost = 1024 * 1024 + sizeof(qv::TokenList);
+    for (const Shape shape : qvtest::kAllShapes) {
+        const Bytes bytes = ShapedInput(47).Make(shape, 70'000);
+        qvtest::WriteFile(from_, std::string(bytes.begin(), bytes.end()));
+        EXPECT_LT(qvtest::PeakBytes([&] { EXPECT_EQ(CompressFile(from_, to_), 0); }), kMost);
+    }
 }
 
 TEST(Deflate, WithoutMemoryItEndsAndNothingLeaks) {

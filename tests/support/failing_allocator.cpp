@@ -12,6 +12,8 @@ namespace {
 
 constinit std::atomic<std::ptrdiff_t> liveAllocations{0};
 constinit std::atomic<std::ptrdiff_t> liveBytes{0};
+constinit std::atomic<std::ptrdiff_t> peakBytes{0};
+constinit std::ptrdiff_t bytesAtRestart = 0;
 constinit std::atomic<std::size_t> allocatedBytes{0};
 
 struct FailurePlan {
@@ -38,7 +40,9 @@ bool ShouldFail() {
 
 void* Counted(void* block, std::size_t size) {
     liveAllocations.fetch_add(1, std::memory_order_relaxed);
-    liveBytes.fetch_add(static_cast<std::ptrdiff_t>(malloc_usable_size(block)), std::memory_order_relaxed);
+    const auto usable = static_cast<std::ptrdiff_t>(malloc_usable_size(block));
+    const std::ptrdiff_t live = liveBytes.fetch_add(usable, std::memory_order_relaxed) + usable;
+    if (live > peakBytes.load(std::memory_order_relaxed)) peakBytes.store(live, std::memory_order_relaxed);
     allocatedBytes.fetch_add(size, std::memory_order_relaxed);
     return block;
 }
@@ -136,6 +140,16 @@ std::size_t LiveBytes() {
 
 std::size_t AllocatedBytes() {
     return allocatedBytes.load(std::memory_order_relaxed);
+}
+
+void RestartPeak() {
+    qv::ReleaseKeptBlocks();
+    bytesAtRestart = liveBytes.load(std::memory_order_relaxed);
+    peakBytes.store(bytesAtRestart, std::memory_order_relaxed);
+}
+
+std::size_t PeakBytesSinceRestart() {
+    return static_cast<std::size_t>(peakBytes.load(std::memory_order_relaxed) - bytesAtRestart);
 }
 
 FailAllocation::FailAllocation(std::size_t after, bool allLater) {

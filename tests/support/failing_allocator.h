@@ -15,6 +15,17 @@ std::size_t LiveBytes();
 // Bytes asked for so far by all threads; differences tell what a piece of work allocates.
 std::size_t AllocatedBytes();
 
+// The most bytes that were live at once while `work` ran, beyond those that were before. For one thread at a
+// time.
+void RestartPeak();
+std::size_t PeakBytesSinceRestart();
+template <class Work>
+std::size_t PeakBytes(Work work) {
+    RestartPeak();
+    work();
+    return PeakBytesSinceRestart();
+}
+
 // Makes one allocation of the calling thread fail while it lives: the one that comes after `after` successful
 // ones. With `allLater`, every later one fails too. The thread's block cache is emptied first, so that object
 // storage counts.
