@@ -45,8 +45,7 @@ protected:
 
     // A buffered stream over a store, which is retained and may be null.
     explicit QVStreamImpl(void* store)
-        : store_(qv::Owned::Retaining(store)),
-          buffer_(new std::byte[kBufferSize]) {}
+        : store_(qv::Owned::Retaining(store)), buffer_(new std::byte[kBufferSize]) {}
 
     // A stream without a buffer: it is always used up and always full. The memory, which may be null, is the
     // store's own and lives as long.
