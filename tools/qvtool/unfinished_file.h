@@ -17,7 +17,7 @@ public:
     UnfinishedFile& operator=(const UnfinishedFile&) = delete;
     ~UnfinishedFile();
 
-    /// A name that no other file has.
+    /// A name that other runs of the program do not use.
     [[nodiscard]] static std::string TemporaryName();
 
     [[nodiscard]] const std::string& Name() const { return name_; }
